@@ -1,0 +1,61 @@
+# What every folder's CMakeLists.txt uses: one static library per folder, and its tests.
+
+find_program(CCACHE ccache)
+if(CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+    set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+add_library(vostel_options INTERFACE)
+target_compile_options(vostel_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
+                                                -Woverloaded-virtual)
+if(VOSTEL_WERROR)
+    target_compile_options(vostel_options INTERFACE -Werror)
+endif()
+if(VOSTEL_SANITIZE)
+    target_compile_options(vostel_options INTERFACE -fsanitize=${VOSTEL_SANITIZE}
+                                                    -fno-omit-frame-pointer
+                                                    -fno-sanitize-recover=undefined)
+    target_link_options(vostel_options INTERFACE -fsanitize=${VOSTEL_SANITIZE})
+endif()
+target_include_directories(vostel_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
+target_compile_definitions(vostel_options INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_KEYWORDS
+                                                    QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+target_link_libraries(vostel_options INTERFACE Threads::Threads)
+
+# vostel_library(<name> SOURCES a.cpp ... LINK targets ... [MOC])
+# MOC: the folder declares QObjects.
+function(vostel_library name)
+    cmake_parse_arguments(ARG "MOC" "" "SOURCES;LINK" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC vostel_options ${ARG_LINK})
+    if(ARG_MOC)
+        set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    endif()
+endfunction()
+
+# vostel_test(<name> SOURCES tests/XTests.cpp ... LINK targets ... [QT] [TIMEOUT seconds])
+# QT: the test makes its own QApplication; it runs on the off-screen platform.
+# FIXTURES (a macro in the test) is the folder tests/fixtures beside the CMakeLists.txt.
+function(vostel_test name)
+    if(NOT VOSTEL_TESTS)
+        return()
+    endif()
+    cmake_parse_arguments(ARG "QT" "TIMEOUT" "SOURCES;LINK" ${ARGN})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 60)
+    endif()
+    add_executable(${name} ${ARG_SOURCES})
+    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    target_compile_definitions(${name} PRIVATE
+        FIXTURES="${CMAKE_CURRENT_SOURCE_DIR}/tests/fixtures")
+    if(ARG_QT)
+        target_sources(${name} PRIVATE ${CMAKE_SOURCE_DIR}/cmake/QtTestMain.cpp)
+        target_link_libraries(${name} PRIVATE vostel_options ${ARG_LINK} GTest::gtest Qt6::Widgets)
+    else()
+        target_link_libraries(${name} PRIVATE vostel_options ${ARG_LINK} GTest::gtest_main)
+    endif()
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT}
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_LOGGING_RULES=qt.qpa.*=false")
+endfunction()

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/CPUSource.h"
+#include "platform/Clock.h"
+#include "platform/SystemRoots.h"
+
+namespace vostel {
+
+// Everything that the program reads from the machine, one small interface for each source.
+struct Platform {
+    SystemRoots roots;
+    std::unique_ptr<Clock> clock;
+    std::unique_ptr<CPUSource> cpu;
+};
+
+// The real sources. Nothing is opened before it is first asked for.
+Platform makeLinuxPlatform(SystemRoots roots);
+
+// Sources that know nothing: every reading is empty. Built on every machine, so that the
+// interfaces stay free of one system's ideas.
+Platform makeNullPlatform();
+
+}  // namespace vostel

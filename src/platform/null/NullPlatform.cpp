@@ -1,0 +1,29 @@
+#include "platform/Platform.h"
+
+namespace vostel {
+
+namespace {
+
+class NullClock : public Clock {
+  public:
+    double seconds() const override { return 0; }
+    std::chrono::system_clock::time_point calendar() const override { return {}; }
+};
+
+class NullCPUSource : public CPUSource {
+  public:
+    std::vector<std::int32_t> ticks() override { return {}; }
+    CoreCounts coreCounts() override { return {}; }
+    int activeProcessorCount() override { return 1; }
+};
+
+}  // namespace
+
+Platform makeNullPlatform() {
+    Platform platform;
+    platform.clock = std::make_unique<NullClock>();
+    platform.cpu = std::make_unique<NullCPUSource>();
+    return platform;
+}
+
+}  // namespace vostel
