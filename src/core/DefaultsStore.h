@@ -1,0 +1,79 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+
+#include <QObject>
+#include <QTimer>
+
+#include "core/PropertyList.h"
+
+namespace vostel {
+
+class Background;
+
+// All preferences: one flat map from text keys to booleans, numbers, texts and lists of text, kept
+// as an XML property list in one file. Main thread only.
+//
+// Changes are gathered for at most half a second and then written as a whole, off the main thread
+// (see AtomicFile). flush() and the destructor write at once. What the file holds and this program does
+// not know is kept. No state of the file stops the program:
+// - it does not parse, or is no dictionary: set aside as "<file>.corrupt-<time>", then as absent;
+// - it cannot be read, cannot be set aside, or is marked read-only: left alone, and nothing is
+//   written to it for this run.
+// Each of these is reported once on the log.
+class DefaultsStore : public QObject {
+    Q_OBJECT
+
+  public:
+    // Reads the file. `background` does the writing; without it every write happens at once on the
+    // calling thread.
+    DefaultsStore(QString path, Background* background, QObject* parent = nullptr);
+    ~DefaultsStore() override;
+
+    const PropertyList& values() const { return list; }
+    const QString& filePath() const { return path; }
+
+    // Stores a value (bool, double, QString, QStringList).
+    template <typename T>
+    void set(const QString& key, const T& value) {
+        list.set(key, value);
+        changed();
+    }
+    void remove(const QString& key);
+    // Replaces everything at once.
+    void replaceAll(PropertyList replacement);
+    // Copies a value from another property list, whatever its type.
+    void copyFrom(const PropertyList& other, const QString& key);
+
+    // Writes what is not written yet. False when the file could not be written.
+    bool flush();
+
+  private:
+    // What the writing thread shares with this object; outlives it while a write is under way.
+    struct Writer {
+        std::mutex mutex;
+        quint64 written = 0;  // generation that the file holds
+        std::optional<QString> write(const QString& path, const QByteArray& bytes,
+                                     quint64 generation);
+    };
+
+    void load();
+    void setAside(const QString& reason);
+    void changed();
+    void writeSoon();
+    void report(const std::optional<QString>& error);
+
+    QString path;
+    Background* background;
+    PropertyList list;
+    QTimer timer;
+    std::shared_ptr<Writer> writer = std::make_shared<Writer>();
+    quint64 generation = 0;
+    bool dirty = false;
+    bool writable = true;
+    bool reported = false;
+};
+
+}  // namespace vostel

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QString>
+
+namespace vostel {
+
+// One line on standard error, "[Vostel] " before it. Never give it a secret.
+void logLine(const QString& text);
+
+}  // namespace vostel

@@ -1,0 +1,112 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include <QString>
+#include <QStringList>
+
+#include "core/DefaultsStore.h"
+#include "core/NotificationCenter.h"
+
+namespace vostel {
+
+// What the fields of one settings object share: the store, the key prefix ("cpu.") and the
+// notification that every write posts ("cpuSettingsChanged").
+class SettingsGroup {
+  public:
+    SettingsGroup(DefaultsStore& store, NotificationCenter& center, QString keyPrefix,
+                  std::string notificationName)
+        : defaults(store),
+          notifications(center),
+          prefix(std::move(keyPrefix)),
+          notification(std::move(notificationName)) {}
+
+    QString key(const QString& name) const { return prefix + name; }
+    void posted() { notifications.post(notification); }
+
+    DefaultsStore& defaults;
+    NotificationCenter& notifications;
+    const QString prefix;
+    const std::string notification;
+};
+
+namespace detail {
+
+template <typename T>
+std::optional<T> readValue(const PropertyList& list, const QString& key) {
+    if constexpr (std::is_same_v<T, bool>) {
+        return list.boolean(key);
+    } else if constexpr (std::is_same_v<T, double>) {
+        return list.number(key);
+    } else if constexpr (std::is_same_v<T, QString>) {
+        return list.text(key);
+    } else {
+        static_assert(std::is_same_v<T, QStringList>);
+        return list.textList(key);
+    }
+}
+
+}  // namespace detail
+
+// A field of a settings object: bool, double, QString or QStringList. It reads its key once, at
+// construction (a value of the wrong type counts as absent), and every assignment writes the store
+// and posts the notification, also when the value is the same.
+template <typename T>
+class Setting {
+  public:
+    Setting(SettingsGroup& settingsGroup, const QString& name, T defaultValue)
+        : group(settingsGroup), key(settingsGroup.key(name)) {
+        value = detail::readValue<T>(group.defaults.values(), key).value_or(std::move(defaultValue));
+    }
+    Setting(const Setting&) = delete;
+
+    Setting& operator=(T newValue) {
+        value = std::move(newValue);
+        group.defaults.set(key, value);
+        group.posted();
+        return *this;
+    }
+    Setting& operator=(const Setting&) = delete;
+
+    const T& operator()() const { return value; }
+
+  private:
+    SettingsGroup& group;
+    QString key;
+    T value;
+};
+
+// A field that may be absent: assigning std::nullopt removes the key.
+template <typename T>
+class OptionalSetting {
+  public:
+    OptionalSetting(SettingsGroup& settingsGroup, const QString& name)
+        : group(settingsGroup), key(settingsGroup.key(name)) {
+        value = detail::readValue<T>(group.defaults.values(), key);
+    }
+    OptionalSetting(const OptionalSetting&) = delete;
+
+    OptionalSetting& operator=(std::optional<T> newValue) {
+        value = std::move(newValue);
+        if (value) {
+            group.defaults.set(key, *value);
+        } else {
+            group.defaults.remove(key);
+        }
+        group.posted();
+        return *this;
+    }
+    OptionalSetting& operator=(const OptionalSetting&) = delete;
+
+    const std::optional<T>& operator()() const { return value; }
+
+  private:
+    SettingsGroup& group;
+    QString key;
+    std::optional<T> value;
+};
+
+}  // namespace vostel
