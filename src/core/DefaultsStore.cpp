@@ -39,8 +39,8 @@ DefaultsStore::~DefaultsStore() {
 
 void DefaultsStore::load() {
     const QFileInfo info(path);
-    if (!info.exists() && !info.isSymLink()) {
-        return;
+    if (!info.exists()) {
+        return;  // also a symbolic link whose target is still to come
     }
     QFile file(path);
     if (!info.isFile() || info.size() > largestFile || !file.open(QIODevice::ReadOnly)) {
