@@ -14,7 +14,7 @@ struct ProcessRecord {
     double startSeconds = 0;  // on Clock::seconds(); never changes, tells apart owners of one pid
     double cpuSeconds = 0;    // user and system time used since its start, all threads
     std::uint64_t residentBytes = 0;
-    std::string comm;  // the kernel's short name: any bytes but NUL
+    std::string comm = {};  // the kernel's short name: any bytes but NUL
 };
 
 struct ProcessDetails {
