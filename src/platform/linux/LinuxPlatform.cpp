@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 #include "platform/linux/LinuxClock.h"
+#include "platform/linux/ProcProcessSource.h"
 #include "platform/linux/ProcStatSource.h"
 
 namespace vostel {
@@ -10,6 +11,7 @@ Platform makeLinuxPlatform(SystemRoots roots) {
     Platform platform;
     platform.clock = std::make_unique<LinuxClock>();
     platform.cpu = std::make_unique<ProcStatSource>(roots);
+    platform.processes = std::make_unique<ProcProcessSource>(roots);
     platform.roots = std::move(roots);
     return platform;
 }

@@ -17,12 +17,22 @@ class NullCPUSource : public CPUSource {
     int activeProcessorCount() override { return 1; }
 };
 
+class NullProcessSource : public ProcessSource {
+  public:
+    bool read(std::vector<ProcessRecord>& records) override {
+        records.clear();
+        return false;
+    }
+    std::optional<ProcessDetails> details(std::int32_t, double) override { return std::nullopt; }
+};
+
 }  // namespace
 
 Platform makeNullPlatform() {
     Platform platform;
     platform.clock = std::make_unique<NullClock>();
     platform.cpu = std::make_unique<NullCPUSource>();
+    platform.processes = std::make_unique<NullProcessSource>();
     return platform;
 }
 
