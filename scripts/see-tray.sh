@@ -19,6 +19,7 @@ usage() { sed -n '2,/^set/s/^# \{0,1\}//p' "$0" | sed '$d' >&2; exit 2; }
 fail() { echo "see-tray: $*" >&2; exit 1; }
 
 seconds=${SEE_TRAY_SECONDS:-4}
+started=
 
 # Waits up to 15 s for a command to succeed.
 wait_for() {
@@ -50,6 +51,7 @@ EOF
         >"$work/waybar.css"
     export WLR_BACKENDS=headless WLR_LIBINPUT_NO_DEVICES=1 WLR_RENDERER=pixman
     sway -c "$work/sway.conf" >"$out/sway.log" 2>&1 &
+    started="$started $!"
     wait_for ls "$XDG_RUNTIME_DIR"/wayland-1
     export WAYLAND_DISPLAY=wayland-1
     unset DISPLAY || true
@@ -67,6 +69,7 @@ start_display_xfce() {
   <property name="configver" type="int" value="2"/>
   <property name="panels" type="array">
     <value type="int" value="1"/>
+    <property name="dark-mode" type="bool" value="true"/>
     <property name="panel-1" type="empty">
       <property name="position" type="string" value="p=6;x=0;y=0"/>
       <property name="length" type="uint" value="100"/>
@@ -88,6 +91,7 @@ start_display_xfce() {
 </channel>
 EOF
     Xvfb -displayfd 3 -screen 0 800x60x24 -nolisten tcp 3>"$work/display" 2>"$out/xvfb.log" &
+    started="$started $!"
     wait_for test -s "$work/display"
     DISPLAY=:$(cat "$work/display")
     export DISPLAY
@@ -99,11 +103,13 @@ picture_xfce() { import -window root "$1"; }
 inside() {
     host=$1 out=$2 work=$3
     shift 3
-    trap 'kill $(jobs -p) 2>/dev/null || true' EXIT
+    trap 'kill $started 2>/dev/null || true' EXIT
+    trap 'exit 1' INT TERM
     "start_display_$host"
     "start_host_$host"
     host_id=$!
     "$@" >"$out/program.log" 2>&1 &
+    started="$! $started"
     wait_for has_items
     sleep "$seconds"
     items >"$out/items.txt"
@@ -111,6 +117,7 @@ inside() {
     kill -9 $host_id
     sleep 1
     "start_host_$host"
+    started="$! $started"
     wait_for has_items
     sleep "$seconds"
     "picture_$host" "$out/$host-again.png"

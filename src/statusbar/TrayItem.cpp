@@ -58,6 +58,7 @@ TrayItem::TrayItem(TrayBar& owner, const QString& busAddress, const QString& aut
     elapsed.start();
     for (QTimer* timer : {&imageTimer, &tipTimer, &registerTimer}) {
         timer->setSingleShot(true);
+        timer->setTimerType(Qt::PreciseTimer);  // a coarse one may fire too early
     }
     connect(&imageTimer, &QTimer::timeout, this, &TrayItem::publishImages);
     connect(&tipTimer, &QTimer::timeout, this, &TrayItem::publishTip);

@@ -24,8 +24,9 @@ StatusImage drawBars(const ImageContext& context, int step) {
     painter.setRenderHint(QPainter::Antialiasing);
     const QColor label = context.appearance == Appearance::Dark ? Qt::white : Qt::black;
     const double left = wide ? size.height() : 1.0;
+    const double highest = wide ? size.height() : 7.0;
     for (double x = left; x + 3.0 <= size.width(); x += 4.0) {
-        const double height = (0.55 + 0.4 * std::sin(0.3 * x + 0.5 * step)) * size.height();
+        const double height = std::round((0.55 + 0.4 * std::sin(0.3 * x + 0.5 * step)) * highest);
         painter.fillRect(QRectF(x, size.height() - height, 3.0, height),
                          QColor::fromHsvF(static_cast<float>(x / size.width()) * 0.8F, 0.8F, 1.0F));
     }
@@ -37,7 +38,7 @@ StatusImage drawBars(const ImageContext& context, int step) {
     font.setPixelSize(wide ? 10 : 13);
     font.setWeight(QFont::Medium);
     painter.setFont(font);
-    painter.drawText(QRectF(0.0, 0.0, size.height(), size.height()), Qt::AlignCenter,
+    painter.drawText(QRectF(0.0, 0.0, size.height(), wide ? size.height() : 15.0), Qt::AlignCenter,
                      QString::number(step % 100));
     return {image, size, false};
 }
