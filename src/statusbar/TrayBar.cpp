@@ -43,7 +43,8 @@ TrayBar::TrayBar(const TrayBarOptions& given, const QDBusConnection& connection)
     : options(given),
       bus(connection),
       watcherWatch(trayWatcherService, bus, QDBusServiceWatcher::WatchForOwnerChange),
-      shape(given.wideAtFirst ? ImageShape::Wide : ImageShape::Square) {
+      shape(given.host.keepsWideImages ? ImageShape::Wide : ImageShape::Square),
+      menuNeeded(given.host.needsMenu) {
     registerTrayTypes();
     connect(&watcherWatch, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString&, const QString&, const QString& owner) {
@@ -114,7 +115,11 @@ void TrayBar::takeHost(const TrayHost& found) {
         saidWaiting = true;
         std::fputs("[Vostel] No tray is running: the items appear when one starts.\n", stderr);
     }
-    if (!found.host) return;  // the last known shape stays until a host says otherwise
+    if (!found.host) return;  // what was known stays until a host says otherwise
+    if (found.needsMenu != menuNeeded) {
+        menuNeeded = found.needsMenu;
+        Q_EMIT needsMenuChanged();
+    }
     const ImageShape wanted = found.keepsWideImages ? ImageShape::Wide : ImageShape::Square;
     if (wanted != shape) {
         shape = wanted;

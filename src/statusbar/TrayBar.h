@@ -19,7 +19,7 @@ struct TrayBarOptions {
     std::string proc = "/proc";
     std::optional<Appearance> appearance;  // empty: as the desktop states it
     double thickness = 22.0;               // points
-    bool wideAtFirst = false;              // what a probe found; until the bar has looked itself
+    TrayHost host;                         // what a probe found; until the bar has looked itself
 };
 
 // The desktop's own tray as a bar: every item is a StatusNotifierItem over D-Bus. Where no tray is
@@ -39,12 +39,14 @@ class TrayBar final : public StatusBar {
 
     // For the bar's items.
     bool hasWatcher() const { return watcherPresent; }
+    bool needsMenu() const { return menuNeeded; }
     std::vector<ImageContext> wantedImages() const;
 
   Q_SIGNALS:
     // Another process keeps the list of items, or none.
     void watcherChanged();
     void imagesWanted();
+    void needsMenuChanged();
 
   private Q_SLOTS:
     void findHost();
@@ -64,6 +66,7 @@ class TrayBar final : public StatusBar {
     bool finding = false;    // a search is under way,
     bool findAgain = false;  // and what it looks at has changed since
     ImageShape shape;
+    bool menuNeeded;
 };
 
 }  // namespace vostel

@@ -13,11 +13,30 @@ namespace {
 
 constexpr int answerLimit = 100;  // ms
 
-// /proc/PID/comm holds 15 characters at the most (proc(5)). Seen at work with a wide image.
-constexpr std::array<const char16_t*, 2> wideHosts = {
-    u"waybar",
-    u".waybar-wrapped",  // the same program behind a distribution's wrapper
+struct HostKind {
+    const char16_t* process;  // /proc/PID/comm: 15 characters at the most (proc(5))
+    bool keepsWideImages;
+    bool needsMenu;
 };
+
+// Hosts that differ from the rest. A host that is not listed counts as square, because a wide image
+// squeezed into a square is worse than a square one in a wide bar, and as one that reports the
+// right button, which most do.
+constexpr std::array hostKinds = {
+    HostKind{u"waybar", true, false},
+    HostKind{u".waybar-wrapped", true, false},  // the same behind a distribution's wrapper
+    HostKind{u"wrapper-2.0", false, true},      // Xfce's panel runs its tray in such a process
+    HostKind{u"xfce4-panel", false, true},
+    HostKind{u"gnome-shell", false, true},
+    HostKind{u"swaybar", false, true},
+};
+
+HostKind kindOf(const QString& process) {
+    const auto* const kind =
+        std::find_if(hostKinds.begin(), hostKinds.end(),
+                     [&](const HostKind& row) { return process == QStringView(row.process); });
+    return kind != hostKinds.end() ? *kind : HostKind{};
+}
 
 // The first value of the answer, or an invalid variant.
 QVariant ask(const QDBusConnection& bus, QDBusMessage call, const QVariantList& arguments) {
@@ -56,11 +75,6 @@ QString processName(const QDBusConnection& bus, const std::string& proc, const Q
 
 }  // namespace
 
-bool keepsWideImages(const QString& process) {
-    return std::any_of(wideHosts.begin(), wideHosts.end(),
-                       [&](const char16_t* host) { return process == QStringView(host); });
-}
-
 TrayHost findTrayHost(const QDBusConnection& bus, const std::string& proc) {
     TrayHost result;
     const QVariant names = askBus(bus, QStringLiteral("ListNames"), {});
@@ -79,11 +93,14 @@ TrayHost findTrayHost(const QDBusConnection& bus, const std::string& proc) {
     if (!result.host) return result;
     const QStringList owners =
         result.names.isEmpty() ? QStringList(trayWatcherService) : result.names;
+    result.keepsWideImages = true;
     for (const QString& owner : owners) {
-        result.processes.append(processName(bus, proc, owner));
+        const QString process = processName(bus, proc, owner);
+        const HostKind kind = kindOf(process);
+        result.processes.append(process);
+        result.keepsWideImages = result.keepsWideImages && kind.keepsWideImages;
+        result.needsMenu = result.needsMenu || kind.needsMenu;
     }
-    result.keepsWideImages =
-        std::all_of(result.processes.begin(), result.processes.end(), vostel::keepsWideImages);
     return result;
 }
 

@@ -14,13 +14,10 @@ struct TrayHost {
     bool watcher = false;          // somebody keeps the list of items
     bool host = false;             // somebody shows them
     bool keepsWideImages = false;  // all who show them keep an image's aspect
+    bool needsMenu = false;        // one of them never reports the right button by itself
     QStringList names;             // bus names of the hosts, to be watched
     QStringList processes;         // their process names
 };
-
-// Whether this process, by its name in /proc/PID/comm, shows wide images undistorted. Unknown hosts
-// count as square: a wide image squeezed into a square is worse than a square one in a wide bar.
-bool keepsWideImages(const QString& process);
 
 // Asks the bus who shows tray items. It waits for the answers (the bus and, only where no host has
 // a name of its own, the watcher; 100 ms each at the most), so it belongs on a worker thread.

@@ -17,6 +17,7 @@
 #include "statusbar/TrayBar.h"
 #include "statusbar/TrayHost.h"
 #include "statusbar/TrayItemAdaptor.h"
+#include "statusbar/TrayMenuAdaptor.h"
 
 namespace vostel {
 
@@ -52,7 +53,6 @@ TrayItem::TrayItem(TrayBar& owner, const QString& busAddress, const QString& aut
     : bar(&owner),
       id(autosaveName),
       busName(nextBusName()),
-      adaptor(new TrayItemAdaptor(this)),
       imageLimit(imageInterval),
       tipLimit(tipInterval) {
     elapsed.start();
@@ -65,6 +65,13 @@ TrayItem::TrayItem(TrayBar& owner, const QString& busAddress, const QString& aut
     connect(&registerTimer, &QTimer::timeout, this, &TrayItem::registerItem);
     connect(&owner, &TrayBar::watcherChanged, this, &TrayItem::watcherChanged);
     connect(&owner, &TrayBar::imagesWanted, this, &TrayItem::imagesWanted);
+    connect(&owner, &TrayBar::needsMenuChanged, this, [this] {
+        if (bus) {  // hosts read the menu's place once, when the item appears
+            leaveTray();
+            exportItem();
+            joinTray();
+        }
+    });
     inBackground(
         this, [busAddress] { return openBus(busAddress); },
         [this](const QDBusConnection& connection) { takeConnection(connection); });
@@ -88,8 +95,23 @@ void TrayItem::takeConnection(const QDBusConnection& connection) {
         return;
     }
     bus = connection;
-    bus->registerObject(itemPath, this, QDBusConnection::ExportAdaptors);
+    exportItem();
     joinTray();
+}
+
+void TrayItem::exportItem() {
+    bus->unregisterObject(itemPath);
+    bus->unregisterObject(trayMenuPath);
+    onBus = std::make_unique<QObject>();
+    if (bar && bar->needsMenu()) {
+        adaptor = new TrayMenuItemAdaptor(onBus.get(), this);
+        auto* menu = new QObject(onBus.get());
+        new TrayMenuAdaptor(menu, this);
+        bus->registerObject(trayMenuPath, menu, QDBusConnection::ExportAdaptors);
+    } else {
+        adaptor = new TrayItemAdaptor(onBus.get(), this);
+    }
+    bus->registerObject(itemPath, onBus.get(), QDBusConnection::ExportAdaptors);
 }
 
 void TrayItem::watcherChanged() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -53,6 +54,7 @@ class TrayItem final : public StatusItem {
     enum class NameState { None, Asked, Owned, Refused };
 
     double now() const { return static_cast<double>(elapsed.nsecsElapsed()) * 1e-9; }
+    void exportItem();
     void takeConnection(const QDBusConnection& connection);
     void watcherChanged();
     void joinTray();
@@ -67,7 +69,8 @@ class TrayItem final : public StatusItem {
     QString id;
     QString busName;
     std::optional<QDBusConnection> bus;
-    TrayItemAdaptor* adaptor;
+    std::unique_ptr<QObject> onBus;  // what hosts talk to; carries the adaptors
+    TrayItemAdaptor* adaptor = nullptr;
     NameState nameState = NameState::None;
     bool registered = false;
     int registerFailures = 0;

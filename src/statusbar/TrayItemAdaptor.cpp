@@ -1,10 +1,12 @@
 #include "statusbar/TrayItemAdaptor.h"
 
 #include "statusbar/TrayItem.h"
+#include "statusbar/TrayMenuAdaptor.h"
 
 namespace vostel {
 
-TrayItemAdaptor::TrayItemAdaptor(TrayItem* owner) : QDBusAbstractAdaptor(owner), item(owner) {}
+TrayItemAdaptor::TrayItemAdaptor(QObject* parent, TrayItem* owner)
+    : QDBusAbstractAdaptor(parent), item(owner) {}
 
 QString TrayItemAdaptor::category() const {
     return QStringLiteral("Hardware");
@@ -36,5 +38,9 @@ void TrayItemAdaptor::ContextMenu(int x, int y) {
     item->takeClick(Qt::RightButton, {x, y});
 }
 void TrayItemAdaptor::Scroll(int /*delta*/, const QString& /*orientation*/) {}
+
+QDBusObjectPath TrayMenuItemAdaptor::menu() const {
+    return QDBusObjectPath(trayMenuPath);
+}
 
 }  // namespace vostel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusAbstractAdaptor>
+#include <QDBusObjectPath>
 
 #include "statusbar/TrayPixmap.h"
 
@@ -9,7 +10,7 @@ namespace vostel {
 class TrayItem;
 
 // The item as hosts see it: org.kde.StatusNotifierItem, protocol version 0. There is no "Menu" on
-// purpose: hosts that find one open it by themselves and never say that the item was right-clicked.
+// purpose: hosts that find one open it themselves and do not report the right button any more.
 class TrayItemAdaptor : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -24,7 +25,8 @@ class TrayItemAdaptor : public QDBusAbstractAdaptor {
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
 
   public:
-    explicit TrayItemAdaptor(TrayItem* item);
+    // Speaks for `item`; `parent` is the object on the bus.
+    TrayItemAdaptor(QObject* parent, TrayItem* item);
 
     QString category() const;
     QString id() const;
@@ -50,6 +52,17 @@ class TrayItemAdaptor : public QDBusAbstractAdaptor {
 
   private:
     TrayItem* item;
+};
+
+// The same for a host that reports the right button only through a menu.
+class TrayMenuItemAdaptor final : public TrayItemAdaptor {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
+    Q_PROPERTY(QDBusObjectPath Menu READ menu)
+
+  public:
+    using TrayItemAdaptor::TrayItemAdaptor;
+    QDBusObjectPath menu() const;
 };
 
 }  // namespace vostel

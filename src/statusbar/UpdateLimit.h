@@ -1,7 +1,7 @@
 #pragma once
 
 #include <algorithm>
-#include <optional>
+#include <limits>
 
 namespace vostel {
 
@@ -11,15 +11,13 @@ class UpdateLimit {
     explicit UpdateLimit(double seconds) : interval(seconds) {}
 
     // Seconds until the next update may go out; 0 when it may go now.
-    double wait(double now) const {
-        return last ? std::clamp(*last + interval - now, 0.0, interval) : 0.0;
-    }
+    double wait(double now) const { return std::clamp(last + interval - now, 0.0, interval); }
 
     void noteUpdate(double now) { last = now; }
 
   private:
     double interval;
-    std::optional<double> last;
+    double last = -std::numeric_limits<double>::infinity();
 };
 
 }  // namespace vostel

@@ -62,9 +62,8 @@ void FakeTray::startAnswering() {
 }
 
 QDBusMessage FakeTray::call(const QString& interface, const QString& method,
-                            const QVariantList& arguments) {
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        items.value(0), QStringLiteral("/StatusNotifierItem"), interface, method);
+                            const QVariantList& arguments, const QString& path) {
+    QDBusMessage message = QDBusMessage::createMethodCall(items.value(0), path, interface, method);
     message.setArguments(arguments);
     QDBusPendingCall pending = bus.asyncCall(message);  // the item lives on this very thread
     waitUntil([&] { return pending.isFinished(); });

@@ -36,7 +36,8 @@ class FakeTray : public QObject {
     bool hostRegistered() const { return true; }
     // Sends a call to the first item and waits for the answer.
     QDBusMessage call(const QString& interface, const QString& method,
-                      const QVariantList& arguments = {});
+                      const QVariantList& arguments = {},
+                      const QString& path = QStringLiteral("/StatusNotifierItem"));
     QVariant property(const QString& name);
     // How often the items sent this signal since countSignals().
     void countSignals();

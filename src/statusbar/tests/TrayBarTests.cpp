@@ -12,6 +12,7 @@
 #include "PrivateBus.h"
 #include "statusbar/SessionBus.h"
 #include "statusbar/TrayBar.h"
+#include "statusbar/TrayMenuAdaptor.h"
 #include "statusbar/TrayPixmap.h"
 #include "statusbar/TrayProbe.h"
 #include "statusbar/UpdateLimit.h"
@@ -258,6 +259,50 @@ TEST_F(TrayBarTests, AsksForTheShapeThatTheHostKeeps) {
         ASSERT_TRUE(waitUntil([&] { return !bar->hasWatcher(); }));
     }
     EXPECT_EQ(wanted, 4);
+}
+
+// Some panels open a menu of their own on a right click and report nothing: without one the right
+// button would be lost there; with one it would be lost everywhere else.
+TEST_F(TrayBarTests, OffersAMenuOnlyToHostsThatNeedOne) {
+    nameHost("gnome-shell\n");
+    showItem();
+    const QString menuInterface = u"com.canonical.dbusmenu"_s;
+    QString path;
+    ASSERT_TRUE(waitUntil([&] {
+        path = tray->property(u"Menu"_s).value<QDBusObjectPath>().path();
+        return !path.isEmpty();
+    }));
+    const QVariantList answer =
+        tray->call(menuInterface, u"GetLayout"_s, {0, -1, QStringList()}, path).arguments();
+    ASSERT_EQ(answer.size(), 2);
+    EXPECT_EQ(answer[1].value<QDBusArgument>().currentSignature(), u"(ia{sv}av)"_s);
+    const auto root = qdbus_cast<TrayMenuLayout>(answer[1]);
+    ASSERT_EQ(root.children.size(), 2);
+    std::vector<Qt::MouseButton> clicks;
+    QObject::connect(item.get(), &StatusItem::clicked,
+                     [&](const StatusItemClick& click) { clicks.push_back(click.button); });
+    const auto event = [&](int id, const QString& type) {
+        const QVariant nothing = QVariant::fromValue(QDBusVariant(0));
+        tray->call(menuInterface, u"Event"_s, {id, type, nothing, 0U}, path);
+    };
+    for (const QDBusVariant& child : root.children) {
+        const auto entry = qdbus_cast<TrayMenuLayout>(child.variant());
+        EXPECT_FALSE(entry.properties.value(u"label"_s).toString().isEmpty());
+        event(entry.id, u"hovered"_s);
+        event(entry.id, u"clicked"_s);
+    }
+    event(0, u"clicked"_s);
+    event(-5, u"clicked"_s);
+    EXPECT_EQ(clicks, (std::vector{Qt::LeftButton, Qt::RightButton}));
+
+    tray.reset();
+    nameHost("waybar\n");
+    tray = std::make_unique<FakeTray>(bus.address());
+    EXPECT_TRUE(waitUntil([&] {
+        return !bar->needsMenu() && !tray->items.isEmpty() && onBus(tray->items[0]) &&
+               tray->property(u"Id"_s).isValid();
+    }));
+    EXPECT_FALSE(tray->property(u"Menu"_s).isValid());
 }
 
 // The settings portal, as a desktop's session offers it.
