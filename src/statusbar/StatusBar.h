@@ -33,8 +33,8 @@ class StatusItem : public QObject {
     // One image for each of wantedImages(), in that order. Null images hide the item.
     virtual void setImages(std::vector<StatusImage> images) = 0;
 
-    // `title` says what the item is ("CPU usage"), `value` what it shows now ("CPU 12 %, ..."). Both go
-    // to the tool tip and to assistive technology.
+    // `title` says what the item is ("CPU usage"), `value` what it shows now ("CPU 12 %, ...").
+    // Both go to the tool tip and to assistive technology.
     virtual void setToolTip(const QString& title, const QString& value) = 0;
 
     // Where the item stands on the desktop, in logical pixels; empty when the host keeps that to

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <chrono>
+#include <future>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QPointer>
+#include <QString>
+#include <QThreadPool>
+
+namespace vostel {
+
+// Where the session bus listens: $DBUS_SESSION_BUS_ADDRESS, else the socket "bus" in
+// $XDG_RUNTIME_DIR. Empty when there is none; a bus is never started.
+QString sessionBusAddress();
+
+// A private connection under a name of its own. It waits for the bus to answer, so it belongs on a
+// worker thread. Not connected (lastError() says why) when that fails.
+QDBusConnection openBus(const QString& address);
+
+// Runs work() on a worker thread, then done(result) on the application's thread, unless `context`
+// is gone by then.
+template <class Work, class Done>
+void inBackground(QObject* context, Work work, Done done) {
+    QThreadPool::globalInstance()->start(
+        [context = QPointer<QObject>(context), work = std::move(work), done = std::move(done)] {
+            auto result = work();
+            QMetaObject::invokeMethod(qApp, [context, done, result = std::move(result)]() mutable {
+                if (context) {
+                    done(std::move(result));
+                }
+            });
+        });
+}
+
+// Runs work() on a worker thread and waits for it, `limit` at the most; empty when it takes longer
+// (it then ends by itself, its result is dropped). For the start of the program only.
+template <class Work>
+auto boundedly(Work work, std::chrono::milliseconds limit) -> std::optional<decltype(work())> {
+    auto promise = std::make_shared<std::promise<decltype(work())>>();
+    auto future = promise->get_future();
+    QThreadPool::globalInstance()->start(
+        [promise, work = std::move(work)] { promise->set_value(work()); });
+    if (future.wait_for(limit) != std::future_status::ready) return {};
+    return future.get();
+}
+
+}  // namespace vostel

@@ -1,0 +1,130 @@
+#include "statusbar/TrayBar.h"
+
+#include <cstdio>
+
+#include <QDBusError>
+
+#include "statusbar/SessionBus.h"
+#include "statusbar/TrayItem.h"
+
+namespace vostel {
+
+namespace {
+
+constexpr std::chrono::milliseconds busLimit{1000};
+
+}  // namespace
+
+std::unique_ptr<TrayBar> TrayBar::make(const TrayBarOptions& given, QString* error) {
+    TrayBarOptions options = given;
+    if (options.busAddress.isEmpty()) {
+        options.busAddress = sessionBusAddress();
+    }
+    if (options.busAddress.isEmpty()) {
+        *error = QStringLiteral("This session has no D-Bus session bus.");
+        return nullptr;
+    }
+    const auto bus =
+        boundedly([address = options.busAddress] { return openBus(address); }, busLimit);
+    if (!bus) {
+        *error = QStringLiteral("The D-Bus session bus does not answer.");
+        return nullptr;
+    }
+    if (!bus->isConnected()) {
+        *error = QStringLiteral("The D-Bus session bus cannot be reached: %1")
+                     .arg(bus->lastError().message());
+        QDBusConnection::disconnectFromBus(bus->name());
+        return nullptr;
+    }
+    return std::unique_ptr<TrayBar>(new TrayBar(options, *bus));
+}
+
+TrayBar::TrayBar(const TrayBarOptions& given, const QDBusConnection& connection)
+    : options(given),
+      bus(connection),
+      watcherWatch(trayWatcherService, bus, QDBusServiceWatcher::WatchForOwnerChange),
+      shape(given.host.keepsWideImages ? ImageShape::Wide : ImageShape::Square),
+      menuNeeded(given.host.needsMenu) {
+    registerTrayTypes();
+    connect(&watcherWatch, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString&, const QString&, const QString& owner) {
+                setWatcher(!owner.isEmpty());
+            });
+    hostWatch.setConnection(bus);
+    hostWatch.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+    connect(&hostWatch, &QDBusServiceWatcher::serviceOwnerChanged, this, &TrayBar::findHost);
+    for (const char* change : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
+        // Subscribed without a sender: to resolve a well-known name here would wait for the bus.
+        bus.connect({}, trayWatcherPath, trayWatcherService, QString::fromLatin1(change), this,
+                    SLOT(findHost()));
+    }
+    if (!options.appearance) {
+        portal = std::make_unique<PortalAppearance>(bus);
+        connect(portal.get(), &PortalAppearance::changed, this, &TrayBar::imagesWanted);
+    }
+    findHost();
+}
+
+TrayBar::~TrayBar() {
+    QDBusConnection::disconnectFromBus(bus.name());
+}
+
+std::unique_ptr<StatusItem> TrayBar::makeItem(const QString& autosaveName) {
+    return std::make_unique<TrayItem>(*this, options.busAddress, autosaveName);
+}
+
+std::vector<ImageContext> TrayBar::wantedImages() const {
+    ImageContext context;
+    context.appearance = portal ? portal->appearance() : *options.appearance;
+    context.shape = shape;
+    context.thickness = options.thickness;
+    ImageContext doubled = context;
+    doubled.scale = 2.0;
+    return {context, doubled};
+}
+
+void TrayBar::setWatcher(bool present) {
+    watcherPresent = present;
+    Q_EMIT watcherChanged();
+    findHost();
+}
+
+void TrayBar::findHost() {
+    if (finding) {
+        findAgain = true;
+        return;
+    }
+    finding = true;
+    inBackground(
+        this, [connection = bus, proc = options.proc] { return findTrayHost(connection, proc); },
+        [this](const TrayHost& found) { takeHost(found); });
+}
+
+void TrayBar::takeHost(const TrayHost& found) {
+    finding = false;
+    if (findAgain) {  // what was found is out of date
+        findAgain = false;
+        findHost();
+        return;
+    }
+    hostWatch.setWatchedServices(found.names);
+    if (found.watcher && !watcherPresent) {
+        watcherPresent = true;
+        Q_EMIT watcherChanged();
+    } else if (!found.watcher && !saidWaiting) {
+        saidWaiting = true;
+        std::fputs("[Vostel] No tray is running: the items appear when one starts.\n", stderr);
+    }
+    if (!found.host) return;  // what was known stays until a host says otherwise
+    if (found.needsMenu != menuNeeded) {
+        menuNeeded = found.needsMenu;
+        Q_EMIT needsMenuChanged();
+    }
+    const ImageShape wanted = found.keepsWideImages ? ImageShape::Wide : ImageShape::Square;
+    if (wanted != shape) {
+        shape = wanted;
+        Q_EMIT imagesWanted();
+    }
+}
+
+}  // namespace vostel

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <QDBusConnection>
+#include <QDBusServiceWatcher>
+
+#include "statusbar/PortalAppearance.h"
+#include "statusbar/StatusBar.h"
+#include "statusbar/TrayHost.h"
+
+namespace vostel {
+
+struct TrayBarOptions {
+    QString busAddress;  // empty: the session's
+    std::string proc = "/proc";
+    std::optional<Appearance> appearance;  // empty: as the desktop states it
+    double thickness = 22.0;               // points
+    TrayHost host;                         // what a probe found; until the bar has looked itself
+};
+
+// The desktop's own tray as a bar: every item is a StatusNotifierItem over D-Bus. Where no tray is
+// running it waits for one; a tray that dies and comes back gets its items again. The first item
+// needs a QGuiApplication.
+class TrayBar final : public StatusBar {
+    Q_OBJECT
+
+  public:
+    // Null when the session has no bus; `error` then says why. Waits for the bus, one second at
+    // the most.
+    static std::unique_ptr<TrayBar> make(const TrayBarOptions& options, QString* error);
+    ~TrayBar() override;
+
+    std::unique_ptr<StatusItem> makeItem(const QString& autosaveName) override;
+    double thickness() const override { return options.thickness; }
+
+    // For the bar's items.
+    bool hasWatcher() const { return watcherPresent; }
+    bool needsMenu() const { return menuNeeded; }
+    std::vector<ImageContext> wantedImages() const;
+
+  Q_SIGNALS:
+    // Another process keeps the list of items, or none.
+    void watcherChanged();
+    void imagesWanted();
+    void needsMenuChanged();
+
+  private Q_SLOTS:
+    void findHost();
+
+  private:
+    TrayBar(const TrayBarOptions& options, const QDBusConnection& bus);
+    void setWatcher(bool present);
+    void takeHost(const TrayHost& found);
+
+    TrayBarOptions options;
+    QDBusConnection bus;
+    QDBusServiceWatcher watcherWatch;
+    QDBusServiceWatcher hostWatch;
+    std::unique_ptr<PortalAppearance> portal;
+    bool watcherPresent = false;
+    bool saidWaiting = false;
+    bool finding = false;    // a search is under way,
+    bool findAgain = false;  // and what it looks at has changed since
+    ImageShape shape;
+    bool menuNeeded;
+};
+
+}  // namespace vostel

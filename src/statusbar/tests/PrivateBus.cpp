@@ -1,0 +1,92 @@
+#include "PrivateBus.h"
+
+#include <unistd.h>
+
+#include <QDBusConnectionInterface>
+#include <QDBusPendingCall>
+#include <QDBusVariant>
+#include <QEventLoop>
+#include <QTimer>
+
+#include "statusbar/SessionBus.h"
+#include "statusbar/TrayHost.h"
+
+using namespace vostel;
+
+PrivateBus::PrivateBus() {
+    daemon.start(QStringLiteral("dbus-daemon"),
+                 {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                  QStringLiteral("--nopidfile"), QStringLiteral("--print-address")});
+    while (!where.endsWith(QLatin1Char('\n')) && daemon.waitForReadyRead(10000)) {
+        where += QString::fromLocal8Bit(daemon.readAllStandardOutput());
+    }
+    where = where.trimmed();
+}
+
+PrivateBus::~PrivateBus() {
+    daemon.kill();
+    daemon.waitForFinished();
+}
+
+bool waitUntil(const std::function<bool()>& condition) {
+    QEventLoop loop;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
+        if (condition()) {
+            loop.quit();
+        }
+    });
+    poll.start(2);
+    QTimer::singleShot(20000, &loop, &QEventLoop::quit);
+    loop.exec();
+    return condition();
+}
+
+FakeTray::FakeTray(const QString& address, bool hostName, bool answering) : bus(openBus(address)) {
+    if (answering) {
+        startAnswering();
+    }
+    if (hostName) {
+        bus.registerService(QStringLiteral("org.kde.StatusNotifierHost-%1-1").arg(getpid()));
+    }
+    bus.registerService(trayWatcherService);
+}
+
+FakeTray::~FakeTray() {
+    QDBusConnection::disconnectFromBus(bus.name());
+}
+
+void FakeTray::startAnswering() {
+    bus.registerObject(trayWatcherPath, this,
+                       QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties);
+}
+
+QDBusMessage FakeTray::call(const QString& interface, const QString& method,
+                            const QVariantList& arguments, const QString& path) {
+    QDBusMessage message = QDBusMessage::createMethodCall(items.value(0), path, interface, method);
+    message.setArguments(arguments);
+    QDBusPendingCall pending = bus.asyncCall(message);  // the item lives on this very thread
+    waitUntil([&] { return pending.isFinished(); });
+    return pending.reply();
+}
+
+QVariant FakeTray::property(const QString& name) {
+    const QDBusMessage reply =
+        call(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
+             {QStringLiteral("org.kde.StatusNotifierItem"), name});
+    return reply.arguments().value(0).value<QDBusVariant>().variant();
+}
+
+void FakeTray::countSignals() {
+    for (const char* name : {"NewIcon", "NewTitle", "NewToolTip"}) {
+        bus.connect({}, QStringLiteral("/StatusNotifierItem"),
+                    QStringLiteral("org.kde.StatusNotifierItem"), QString::fromLatin1(name), this,
+                    SLOT(noteSignal(QDBusMessage)));
+    }
+    bus.interface()->isServiceRegistered(trayWatcherService);  // the subscriptions have arrived
+    sent.clear();
+}
+
+void FakeTray::noteSignal(const QDBusMessage& message) {
+    sent.append(message.member());
+}
