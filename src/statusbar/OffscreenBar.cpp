@@ -1,0 +1,163 @@
+#include "statusbar/OffscreenBar.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include <QFile>
+#include <QPointer>
+
+namespace vostel {
+
+OffscreenBar::OffscreenBar(ItemOrderStore& order, const OffscreenBarOptions& options)
+    : ItemBar(order), choices(options) {
+    for (QTimer* timer : {&imageTimer, &textTimer})
+        timer->setSingleShot(true);
+    connect(&imageTimer, &QTimer::timeout, this, &OffscreenBar::writeImage);
+    connect(&textTimer, &QTimer::timeout, this, &OffscreenBar::printLine);
+    itemResized();
+}
+
+void OffscreenBar::setOptions(const OffscreenBarOptions& options) {
+    const ImageContext before = imageContext();
+    choices = options;
+    itemResized();
+    if (imageContext() == before) return;
+    // Whoever answers may delete items.
+    std::vector<QPointer<BarItem>> all(items().begin(), items().end());
+    for (const auto& item : all) {
+        if (item) Q_EMIT item->imagesWanted();
+    }
+}
+
+double OffscreenBar::thickness() const {
+    return std::max(1.0, std::round(choices.thickness * choices.scale)) / choices.scale;
+}
+
+ImageContext OffscreenBar::imageContext() const {
+    return {choices.appearance, ImageShape::Wide, choices.scale, thickness()};
+}
+
+std::vector<BarCell> OffscreenBar::cells(int* width) const {
+    BarMetrics metrics = metricsFor(0, choices.scale);
+    metrics.width = 2 * metrics.margin;
+    for (const BarEntry& entry : entries()) {
+        if (entry.width > 0) metrics.width += entry.width + 2 * metrics.padding;
+    }
+    metrics.width =
+        std::max(metrics.width, static_cast<int>(std::lround(thickness() * choices.scale)));
+    if (width) *width = metrics.width;
+    return BarLayout::placed(entries(), metrics);
+}
+
+QImage OffscreenBar::image() const {
+    int width = 0;
+    const int height = static_cast<int>(std::lround(thickness() * choices.scale));
+    const auto placed = cells(&width);
+    QImage result = paintBar(QRect(0, 0, width, height), {choices.appearance, BarEdge::Top, height},
+                             pictures(placed, height));
+    result.setDevicePixelRatio(choices.scale);
+    return result;
+}
+
+QString OffscreenBar::text() const {
+    QStringList parts;
+    for (const BarItem* item : items()) {
+        // One item is one piece of one line, whatever its text holds.
+        if (item->pixelWidth() > 0 && !item->value().isEmpty()) parts << item->value().simplified();
+    }
+    return parts.join(QStringLiteral("  "));
+}
+
+bool OffscreenBar::click(const QString& autosaveName, Qt::MouseButton button,
+                         Qt::KeyboardModifiers modifiers) {
+    for (BarItem* item : items()) {
+        if (item->name() != autosaveName) continue;
+        StatusItemClick click;
+        click.button = button;
+        click.modifiers = modifiers;
+        if (const auto rect = itemRect(*item)) {
+            click.globalPosition = rect->center();
+            click.localX = item->pixelWidth() / choices.scale / 2;
+        }
+        Q_EMIT item->clicked(click);
+        return true;
+    }
+    return false;
+}
+
+std::optional<QRect> OffscreenBar::itemRect(const BarItem& item) {
+    for (const BarCell& cell : cells(nullptr)) {
+        if (cell.id != item.id()) continue;
+        const int left = cell.x + (cell.width - item.pixelWidth()) / 2;
+        return QRectF(left / choices.scale, 0, item.pixelWidth() / choices.scale, thickness())
+            .toRect();
+    }
+    return std::nullopt;
+}
+
+void OffscreenBar::wakeIn(QTimer& timer, const QElapsedTimer& last, int interval) {
+    if (timer.isActive()) return;
+    const qint64 wait = last.isValid() ? interval - last.elapsed() : 0;
+    timer.start(static_cast<int>(std::max<qint64>(wait, 0)));
+}
+
+void OffscreenBar::itemResized() {
+    imageChanged();
+}
+
+void OffscreenBar::imageChanged() {
+    if (!choices.imagePath.isEmpty()) wakeIn(imageTimer, lastImage, choices.imageInterval);
+}
+
+void OffscreenBar::itemRedrawn(BarItem&) {
+    imageChanged();
+}
+void OffscreenBar::itemTextChanged(BarItem&) {}
+void OffscreenBar::itemRemoved(BarItem&) {}
+
+void OffscreenBar::itemReported() {
+    if (choices.text) wakeIn(textTimer, lastText, choices.textInterval);
+}
+
+void OffscreenBar::printLine() {
+    lastText.start();
+    const QString line = text();
+    if (!choices.text || line.isEmpty()) return;
+    const QTime time = choices.now ? choices.now() : QTime::currentTime();
+    const QByteArray bytes =
+        (time.toString(QStringLiteral("HH:mm:ss")) + QStringLiteral("  ") + line + u'\n').toUtf8();
+    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), choices.text);
+    std::fflush(choices.text);
+}
+
+void OffscreenBar::writeImage() {
+    lastImage.start();
+    const QImage next = image();
+    if (choices.imagePath.isEmpty() || next == written) return;
+    if (save(next)) {
+        written = next;
+        complained = false;
+    } else if (!std::exchange(complained, true)) {
+        std::fprintf(stderr, "vostel: cannot write the bar's image to %s\n",
+                     qUtf8Printable(choices.imagePath));
+    }
+}
+
+bool OffscreenBar::save(const QImage& image) const {
+    // A reader sees the old image or the new one, never a part. Nothing is synced: after a power
+    // failure the next second brings a new image.
+    const QString temporary = choices.imagePath + QStringLiteral(".tmp");
+    if (!image.save(temporary, "PNG")) {
+        QFile::remove(temporary);
+        return false;
+    }
+    if (std::rename(QFile::encodeName(temporary).constData(),
+                    QFile::encodeName(choices.imagePath).constData()) == 0) {
+        return true;
+    }
+    QFile::remove(temporary);
+    return false;
+}
+
+}  // namespace vostel

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <QRect>
+#include <QString>
+
+#include "statusbar/DockStrut.h"
+
+struct xcb_connection_t;
+
+namespace vostel {
+
+struct X11Monitor {
+    QString name;
+    QRect geometry;  // device pixels of the desktop
+};
+
+// What a dock window tells the window manager, and what it asks the server (EWMH 1.5, RandR 1.5).
+// Questions wait for the answer: they belong to changes of screens and windows, not to ticks.
+class X11Desktop {
+  public:
+    // Borrowed; the window is created and not yet mapped.
+    X11Desktop(xcb_connection_t* connection, std::uint32_t window);
+
+    // Dock type, all desktops, out of taskbar and pager, no resize handshake.
+    void declareDock();
+    void setStrut(const std::array<std::uint32_t, 12>& strut);
+    // Device pixels; does nothing when the window is there already.
+    void place(const QRect& rect);
+    // Asks for a place below (or among) the other windows.
+    void setBelow(bool below);
+
+    QRect rootGeometry() const;
+    std::vector<X11Monitor> monitors() const;
+    std::uint32_t rootWindow() const { return root; }
+
+    // The rectangle of the active window if it is full screen, else empty.
+    QRect activeFullScreenWindow() const;
+    // A change of this property of the root window may change that answer.
+    bool concernsActiveWindow(std::uint32_t atom) const;
+    // Makes sure that changes of the root window's properties reach this connection.
+    void watchRoot();
+
+  private:
+    // _NET_WM_STATE and the like, in the order of the table in the source file.
+    std::vector<std::uint32_t> atoms;
+    std::vector<std::uint32_t> words(std::uint32_t of, std::uint32_t property) const;
+
+    xcb_connection_t* connection;
+    std::uint32_t window;
+    std::uint32_t root = 0;
+};
+
+}  // namespace vostel
