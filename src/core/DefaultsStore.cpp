@@ -25,25 +25,29 @@ bool isMarkedReadOnly(const QString& path) {
 
 }  // namespace
 
-DefaultsStore::DefaultsStore(QString filePath, Background* writerThread, QObject* parent)
-    : QObject(parent), path(std::move(filePath)), background(writerThread) {
+DefaultsStore::DefaultsStore(QString filePath, Background* writerThread, Access access)
+    : path(std::move(filePath)), background(writerThread) {
     timer.setSingleShot(true);
     timer.setInterval(gatherMilliseconds);
     connect(&timer, &QTimer::timeout, this, &DefaultsStore::writeSoon);
-    load();
+    load(access);
 }
 
 DefaultsStore::~DefaultsStore() {
     flush();
 }
 
-void DefaultsStore::load() {
+void DefaultsStore::load(Access access) {
     const QFileInfo info(path);
+    writable = access == Access::ReadWrite;
     if (!info.exists()) {
         return;  // also a symbolic link whose target is still to come
     }
     QFile file(path);
     if (!info.isFile() || info.size() > largestFile || !file.open(QIODevice::ReadOnly)) {
+        if (!writable) {
+            return;
+        }
         writable = false;
         logLine(QStringLiteral("cannot read the settings in %1 (%2); they stay as they are, and "
                                "changes last only until Vostel quits")
@@ -54,12 +58,15 @@ void DefaultsStore::load() {
     std::optional<PropertyList> parsed = PropertyList::parse(file.readAll(), &notDictionary);
     file.close();
     if (!parsed) {
+        if (!writable) {
+            return;
+        }
         setAside(notDictionary ? QStringLiteral("holds no dictionary")
                                : QStringLiteral("is not a property list"));
         return;
     }
     list = std::move(*parsed);
-    if (isMarkedReadOnly(path)) {
+    if (writable && isMarkedReadOnly(path)) {
         writable = false;
         logLine(QStringLiteral("the settings in %1 are read-only; changes last only until Vostel "
                                "quits")

@@ -27,9 +27,12 @@ class DefaultsStore : public QObject {
     Q_OBJECT
 
   public:
+    // ReadOnly: the file is read and never written, moved or complained about, for a command that only looks.
+    enum class Access { ReadWrite, ReadOnly };
+
     // Reads the file. `background` does the writing; without it every write happens at once on the
     // calling thread.
-    DefaultsStore(QString path, Background* background, QObject* parent = nullptr);
+    DefaultsStore(QString path, Background* background, Access access = Access::ReadWrite);
     ~DefaultsStore() override;
 
     const PropertyList& values() const { return list; }
@@ -59,7 +62,7 @@ class DefaultsStore : public QObject {
                                      quint64 generation);
     };
 
-    void load();
+    void load(Access access);
     void setAside(const QString& reason);
     void changed();
     void writeSoon();

@@ -5,6 +5,7 @@
 #include "platform/CPUSource.h"
 #include "platform/Clock.h"
 #include "platform/ProcessSource.h"
+#include "platform/MemorySource.h"
 #include "platform/SystemRoots.h"
 
 namespace vostel {
@@ -15,6 +16,7 @@ struct Platform {
     std::unique_ptr<Clock> clock;
     std::unique_ptr<CPUSource> cpu;
     std::unique_ptr<ProcessSource> processes;
+    std::unique_ptr<MemorySource> memory;
 };
 
 // The real sources. Nothing is opened before it is first asked for.

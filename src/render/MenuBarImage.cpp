@@ -8,11 +8,13 @@
 #include <QPainter>
 
 #include "render/MeterGraph.h"
+#include "render/SymbolImage.h"
 
 namespace vostel {
 
 namespace {
 
+constexpr double placeholderWidth = 22;  // points
 // At this resolution one point of a font is one pixel, whatever the screen's own resolution.
 constexpr int dotsPerMeter = 2835;  // 72 per inch
 
@@ -83,6 +85,24 @@ StatusImage build(double width, double height, const EffAppearance& appearance,
 }
 
 }  // namespace
+
+StatusImage MenuBarImage::placeholder(const QString& symbol, const QSizeF& symbolSize,
+                                      const ImageContext& context) {
+    const EffAppearance stencil{Qt::black, Qt::transparent, Qt::black, true};
+    return make(placeholderWidth, stencil, context,
+                [&](QPainter& painter, const QRectF& rect, const ImageColors&) {
+                    const double side = std::min(symbolSize.width(), symbolSize.height());
+                    const QImage image = symbolImage(symbol, side, context.scale, Qt::black);
+                    // The painter's y runs upward; an image must not be drawn upside down.
+                    painter.save();
+                    painter.translate(0, rect.height());
+                    painter.scale(1, -1);
+                    painter.drawImage(QPointF(3 + (symbolSize.width() - side) / 2,
+                                              std::round((rect.height() - side) / 2)),
+                                      image);
+                    painter.restore();
+                });
+}
 
 ImageColors MenuBarImage::resolve(const EffAppearance& appearance) {
     if (!appearance.monochrome) {

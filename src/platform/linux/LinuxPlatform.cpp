@@ -3,6 +3,7 @@
 #include "platform/Platform.h"
 #include "platform/linux/LinuxClock.h"
 #include "platform/linux/ProcProcessSource.h"
+#include "platform/linux/MeminfoSource.h"
 #include "platform/linux/ProcStatSource.h"
 
 namespace vostel {
@@ -12,6 +13,7 @@ Platform makeLinuxPlatform(SystemRoots roots) {
     platform.clock = std::make_unique<LinuxClock>();
     platform.cpu = std::make_unique<ProcStatSource>(roots);
     platform.processes = std::make_unique<ProcProcessSource>(roots);
+    platform.memory = std::make_unique<MeminfoSource>(roots);
     platform.roots = std::move(roots);
     return platform;
 }

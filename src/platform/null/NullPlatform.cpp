@@ -26,6 +26,12 @@ class NullProcessSource : public ProcessSource {
     std::optional<ProcessDetails> details(std::int32_t, double) override { return std::nullopt; }
 };
 
+class NullMemorySource : public MemorySource {
+  public:
+    std::optional<MemoryCounters> counters() override { return std::nullopt; }
+    double physicalMemory() override { return 0; }
+};
+
 }  // namespace
 
 Platform makeNullPlatform() {
@@ -33,6 +39,7 @@ Platform makeNullPlatform() {
     platform.clock = std::make_unique<NullClock>();
     platform.cpu = std::make_unique<NullCPUSource>();
     platform.processes = std::make_unique<NullProcessSource>();
+    platform.memory = std::make_unique<NullMemorySource>();
     return platform;
 }
 

@@ -1,0 +1,49 @@
+#include "app/AppDelegate.h"
+
+#include <QCoreApplication>
+
+#include "app/ModuleTable.h"
+
+namespace vostel {
+
+AppDelegate::AppDelegate(AppServices& appServices, StatusBar& statusBar)
+    : services(appServices),
+      context{services.platform,
+              services.background,
+              services.scheduler,
+              services.defaults,
+              services.notifications,
+              services.global,
+              statusBar,
+              nullptr,
+              [this](const QString& panel) { showSettings(panel); },
+              [] { QCoreApplication::quit(); }},
+      moduleManager(std::make_unique<ModuleManager>(services.defaults,
+                                                    makeRegistry(services, context))) {
+    context.modules = moduleManager.get();
+}
+
+AppDelegate::~AppDelegate() {
+    willTerminate();
+}
+
+void AppDelegate::didFinishLaunching() {
+    moduleManager->loadEnabledModules();
+    if (services.isFirstRun) {
+        showSettings();
+    }
+}
+
+void AppDelegate::showSettings(const QString& panel) {
+    Q_UNUSED(panel)
+}
+
+void AppDelegate::willTerminate() {
+    if (!terminated) {
+        terminated = true;
+        moduleManager->stopAll();
+        services.defaults.flush();
+    }
+}
+
+}  // namespace vostel

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include <QObject>
+
+#include "app/AppServices.h"
+#include "core/AppContext.h"
+#include "core/ModuleManager.h"
+
+namespace vostel {
+
+// The program's life: seeds a first run, starts the enabled modules, stops them at the end.
+class AppDelegate : public QObject {
+    Q_OBJECT
+
+  public:
+    // Borrows both; `statusBar` may be any of the bars.
+    AppDelegate(AppServices& services, StatusBar& statusBar);
+    ~AppDelegate() override;
+
+    void didFinishLaunching();
+    // Stops every module once and writes the settings.
+    void willTerminate();
+
+    void showSettings(const QString& panel = {});
+
+    AppServices& services;
+    AppContext context;
+    std::unique_ptr<ModuleManager> moduleManager;
+
+  private:
+    bool terminated = false;
+};
+
+}  // namespace vostel

@@ -1,0 +1,85 @@
+#include "app/AppServices.h"
+
+#include <unistd.h>
+
+#include <QDir>
+#include <QStandardPaths>
+
+#include "core/FirstRunDefaults.h"
+
+namespace vostel {
+
+namespace {
+
+const QString orderKey = QStringLiteral("app.itemOrder");
+
+const QString launchedKey = QStringLiteral("app.hasLaunched");
+
+bool seedFirstRun(DefaultsStore& store) {
+    if (store.values().truth(launchedKey)) {
+        return false;
+    }
+    FirstRunDefaults::apply(store);
+    store.set(launchedKey, true);
+    return true;
+}
+
+}  // namespace
+
+AppServices::AppServices(Platform platformSources, const QString& settingsPath,
+                         DefaultsStore::Access access)
+    : platform(std::move(platformSources)),
+      icons(platform.roots),
+      processes(background, *platform.processes, *platform.clock, icons),
+      defaults(settingsPath, &background, access),
+      isFirstRun(seedFirstRun(defaults)),
+      scheduler(*platform.clock),
+      global(defaults, notifications),
+      cpu(defaults, notifications, global),
+      memory(defaults, notifications, global) {}
+
+ItemOrder::ItemOrder(DefaultsStore& store, QStringList defaultOrder)
+    : defaults(store), fallback(std::move(defaultOrder)) {}
+
+// Items that the stored order does not know (a module of a later version) stand at the end.
+QStringList ItemOrder::itemOrder() const {
+    QStringList order = defaults.values().textList(orderKey).value_or(QStringList());
+    for (const QString& name : fallback) {
+        if (!order.contains(name)) {
+            order << name;
+        }
+    }
+    return order;
+}
+
+// The bar knows only the items that it shows now; the others keep their place behind their left
+// neighbour.
+void ItemOrder::setItemOrder(const QStringList& names) {
+    QStringList merged = names;
+    const QStringList before = itemOrder();
+    for (qsizetype i = 0; i < before.size(); ++i) {
+        if (!names.contains(before[i])) {
+            const qsizetype left = i > 0 ? merged.indexOf(before[i - 1]) : -1;
+            merged.insert(left + 1, before[i]);
+        }
+    }
+    defaults.set(orderKey, merged);
+}
+
+QString settingsFilePath() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/vostel/com.vostel.app.plist");
+}
+
+QString runtimeFolder() {
+    const QString given = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (QDir(given).isAbsolute() && QDir(given).exists()) {
+        return given;
+    }
+    const QString own = QDir::tempPath() + QStringLiteral("/vostel-%1").arg(getuid());
+    QDir().mkdir(own);
+    QFile::setPermissions(own, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    return own;
+}
+
+}  // namespace vostel

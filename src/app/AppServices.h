@@ -1,0 +1,60 @@
+#pragma once
+
+#include <memory>
+
+#include "core/AppContext.h"
+#include "core/Background.h"
+#include "core/DefaultsStore.h"
+#include "core/GlobalSettings.h"
+#include "core/NotificationCenter.h"
+#include "core/TickScheduler.h"
+#include "monitors/cpu/CPUSettings.h"
+#include "monitors/memory/MemoryModule.h"
+#include "monitors/process/AppIcons.h"
+#include "monitors/process/ProcessSampler.h"
+#include "platform/Platform.h"
+#include "statusbar/StatusBar.h"
+
+namespace vostel {
+
+// The one instance of everything that modules share, in the order in which it is built; taken down in
+// the reverse order.
+class AppServices {
+  public:
+    // Reads the settings and, on the first run, seeds them before any settings object reads them.
+    AppServices(Platform platformSources, const QString& settingsPath,
+                DefaultsStore::Access access = DefaultsStore::Access::ReadWrite);
+
+    Platform platform;
+    AppIcons icons;
+    // Below what its work uses, so that it is taken down (and its work waited for) first.
+    Background background;
+    ProcessSampler processes;
+    DefaultsStore defaults;
+    const bool isFirstRun;
+    NotificationCenter notifications;
+    TickScheduler scheduler;
+    GlobalSettings global;
+    CPUSettings cpu;
+    MemorySettings memory;
+};
+
+// The order of the items, kept under "app.itemOrder"; the registry's order until the user changes it.
+class ItemOrder : public ItemOrderStore {
+  public:
+    ItemOrder(DefaultsStore& store, QStringList defaultOrder);
+    QStringList itemOrder() const override;
+    void setItemOrder(const QStringList& names) override;
+
+  private:
+    DefaultsStore& defaults;
+    QStringList fallback;
+};
+
+// The path of the settings file: $XDG_CONFIG_HOME/vostel/com.vostel.app.plist.
+QString settingsFilePath();
+
+// $XDG_RUNTIME_DIR, or a folder of the user's own in the temporary folder, made when missing.
+QString runtimeFolder();
+
+}  // namespace vostel

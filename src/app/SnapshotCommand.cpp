@@ -1,0 +1,122 @@
+#include "app/SnapshotCommand.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include <QApplication>
+#include <QDir>
+#include <QTimer>
+
+#include "app/AppDelegate.h"
+#include "app/ModuleTable.h"
+#include "core/Log.h"
+#include "item/ItemModule.h"
+#include "statusbar/OffscreenBar.h"
+#include "ui/Popover.h"
+#include "ui/Theme.h"
+
+namespace vostel {
+
+namespace {
+
+// Long enough for rates, a piece of history and the list of processes.
+constexpr int livingMilliseconds = 3500;
+
+class Snapshot {
+  public:
+    Snapshot(const CommandLine& asked, AppDelegate& appDelegate, OffscreenBar& offscreenBar)
+        : commandLine(asked), delegate(appDelegate), bar(offscreenBar) {}
+
+    // What a popover needs to have seen before it is worth a picture.
+    void begin() {
+        for (ItemModule* item : items()) {
+            item->detailPopoverWillShow();
+        }
+    }
+
+    bool writeAll() {
+        for (const Appearance appearance : {Appearance::Dark, Appearance::Light}) {
+            if (!commandLine.appearance || *commandLine.appearance == appearance) {
+                write(appearance);
+            }
+        }
+        return !failed;
+    }
+
+  private:
+    std::vector<ItemModule*> items() const {
+        std::vector<ItemModule*> result;
+        for (const Registration& row : delegate.moduleManager->rows()) {
+            auto* item = dynamic_cast<ItemModule*>(delegate.moduleManager->running(row.id));
+            if (item != nullptr && (commandLine.module.isEmpty() || commandLine.module == row.id)) {
+                result.push_back(item);
+            }
+        }
+        return result;
+    }
+
+    void write(Appearance appearance) {
+        const QString suffix = appearance == Appearance::Dark ? QStringLiteral("dark") : QStringLiteral("light");
+        OffscreenBarOptions options = bar.options();
+        options.scale = commandLine.scale;
+        options.appearance = appearance;
+        bar.setOptions(options);
+        Theme::set(appearance);
+        if (commandLine.module.isEmpty()) {
+            save(bar.image(), QStringLiteral("bar-") + suffix);
+        }
+        for (ItemModule* item : items()) {
+            const QString id = item->identity().id;
+            const ImageContext context{appearance, ImageShape::Wide, commandLine.scale, bar.thickness()};
+            if (const auto image = item->menubarImage(context)) {
+                save(tinted(*image, appearance), id + QStringLiteral("-item-") + suffix);
+            }
+            ImageContext square = context;
+            square.shape = ImageShape::Square;
+            if (const auto image = item->menubarImage(square)) {
+                save(tinted(*image, appearance), id + QStringLiteral("-square-") + suffix);
+            }
+            save(item->detailPopover()->snapshot(commandLine.scale),
+                 id + QStringLiteral("-popover-") + suffix);
+        }
+    }
+
+    void save(const QImage& image, const QString& name) {
+        const QString path = QDir(commandLine.outFolder).filePath(name + QStringLiteral(".png"));
+        if (image.save(path)) {
+            std::printf("%s\n", path.toLocal8Bit().constData());
+        } else {
+            logLine(QStringLiteral("cannot write %1").arg(path));
+            failed = true;
+        }
+    }
+
+    const CommandLine& commandLine;
+    AppDelegate& delegate;
+    OffscreenBar& bar;
+    bool failed = false;
+};
+
+}  // namespace
+
+int runSnapshot(const CommandLine& commandLine, int& argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    AppServices services(makeLinuxPlatform(SystemRoots::ofThisMachine()), settingsFilePath(),
+                         DefaultsStore::Access::ReadOnly);
+    ItemOrder order(services.defaults, itemNames());
+    OffscreenBar bar(order);
+    AppDelegate delegate(services, bar);
+    delegate.moduleManager->loadEnabledModules();
+    if (!commandLine.module.isEmpty()) {
+        delegate.moduleManager->setEnabled(true, commandLine.module);
+    }
+    Snapshot snapshot(commandLine, delegate, bar);
+    snapshot.begin();
+    QTimer::singleShot(livingMilliseconds, &application, [&] {
+        QCoreApplication::exit(snapshot.writeAll() ? 0 : 1);
+    });
+    return QApplication::exec();
+}
+
+}  // namespace vostel

@@ -1,0 +1,78 @@
+#include "monitors/cpu/CPUModule.h"
+
+#include <cmath>
+
+#include "core/GlobalSettings.h"
+#include "core/History.h"
+#include "monitors/cpu/CPUImage.h"
+#include "monitors/cpu/CPUPopover.h"
+#include "platform/Platform.h"
+
+namespace vostel {
+
+CPUModule::CPUModule(AppContext& appContext, CPUSettings& cpuSettings, ProcessSampler& processes)
+    : ItemModule(appContext,
+                 {QStringLiteral("cpu"), QStringLiteral("CPU"), QStringLiteral("CPU usage")},
+                 cpuSettings),
+      settings(cpuSettings),
+      monitor(*appContext.platform.cpu),
+      topApps(processes, *appContext.platform.clock, ProcMetric::cpu,
+              [this](QList<ProcStat> list) { model.topApps = std::move(list); }) {}
+
+CoreLayout CPUModule::layout() const {
+    const CPUSource::CoreCounts counts = context.platform.cpu->coreCounts();
+    return {counts.performance, counts.efficiency};
+}
+
+void CPUModule::tick() {
+    lastLoad = monitor.sample();
+    appendCapped(history, lastLoad.overall, historyCap);
+    model.history = history;
+    model.perCore = lastLoad.perCore;
+    model.overall = lastLoad.overall;
+    if (isPopoverShown()) {
+        topApps.sample(false);
+    }
+    render();
+}
+
+void CPUModule::detailPopoverWillShow() {
+    tick();
+    topApps.sample(true);
+}
+
+std::optional<StatusImage> CPUModule::menubarImage(const ImageContext& imageContext) {
+    const CPUImageInput input{
+        .showSingleBar = settings.showSingleBar(),
+        .showPerCoreBars = settings.showPerCoreBars(),
+        .showGraph = settings.showGraph(),
+        .splitCores = settings.splitCores(),
+        .label = settings.label(),
+        .labelSize = context.global.labelSize(),
+        .appearance = settings.effAppearance(imageContext.appearance),
+        .efficiencyColor = settings.efficiencyColor(),
+        .coreCount = context.platform.cpu->activeProcessorCount(),
+        .layout = layout(),
+        .load = lastLoad,
+        .history = history,
+    };
+    return makeCPUImage(input, imageContext);
+}
+
+QString CPUModule::valueText() const {
+    return QStringLiteral("CPU %1 %").arg(std::lround(lastLoad.overall * 100));
+}
+
+QVariantMap CPUModule::statusValues() const {
+    QVariantList cores;
+    for (const double load : lastLoad.perCore) {
+        cores << load;
+    }
+    return {{QStringLiteral("overall"), lastLoad.overall}, {QStringLiteral("perCore"), cores}};
+}
+
+std::unique_ptr<Popover> CPUModule::makePopover() {
+    return std::make_unique<CPUPopover>(model, settings, layout(), [this] { openSettingsPanel(); });
+}
+
+}  // namespace vostel

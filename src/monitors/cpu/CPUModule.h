@@ -1,0 +1,38 @@
+#pragma once
+
+#include "item/ItemModule.h"
+#include "monitors/cpu/CPUMonitor.h"
+#include "monitors/cpu/CPUSettings.h"
+#include "monitors/cpu/CPUViewModel.h"
+#include "monitors/process/TopApps.h"
+
+namespace vostel {
+
+// The CPU item: bars and a graph of processor load.
+class CPUModule : public ItemModule {
+    Q_OBJECT
+
+  public:
+    static constexpr int historyCap = 60;
+
+    CPUModule(AppContext& context, CPUSettings& settings, ProcessSampler& processes);
+
+    void tick() override;
+    std::optional<StatusImage> menubarImage(const ImageContext& context) override;
+    void detailPopoverWillShow() override;
+    QString valueText() const override;
+    QVariantMap statusValues() const override;
+
+  private:
+    std::unique_ptr<Popover> makePopover() override;
+    CoreLayout layout() const;
+
+    CPUSettings& settings;
+    CPUMonitor monitor;
+    CPUViewModel model;
+    std::vector<double> history;
+    CPULoad lastLoad;
+    TopApps topApps;
+};
+
+}  // namespace vostel

@@ -1,0 +1,83 @@
+#include "monitors/memory/MemoryModule.h"
+
+#include <cmath>
+
+#include "core/GlobalSettings.h"
+#include "core/History.h"
+#include "monitors/memory/MemoryPopover.h"
+#include "platform/Platform.h"
+#include "render/MenuBarImage.h"
+#include "render/MeterGraph.h"
+#include "render/RateFormatter.h"
+
+namespace vostel {
+
+namespace {
+
+constexpr double barWidth = 8;  // points
+
+}  // namespace
+
+MemorySettings::MemorySettings(DefaultsStore& store, NotificationCenter& center,
+                               GlobalSettings& globalSettings)
+    : ModuleSettings(store, center, globalSettings, QStringLiteral("mem."),
+                     "memorySettingsChanged") {}
+
+MemoryModule::MemoryModule(AppContext& appContext, MemorySettings& memorySettings,
+                           ProcessSampler& processes)
+    : ItemModule(appContext,
+                 {QStringLiteral("memory"), QStringLiteral("Memory"), QStringLiteral("Memory usage")},
+                 memorySettings),
+      settings(memorySettings),
+      monitor(*appContext.platform.memory),
+      topApps(processes, *appContext.platform.clock, ProcMetric::memory,
+              [this](QList<ProcStat> list) { model.topApps = std::move(list); }) {}
+
+void MemoryModule::tick() {
+    lastUsage = monitor.sample();
+    appendCapped(history, lastUsage.fraction(), historyCap);
+    model.history = history;
+    model.usage = lastUsage;
+    if (isPopoverShown()) {
+        topApps.sample(false);
+    }
+    render();
+}
+
+void MemoryModule::detailPopoverWillShow() {
+    tick();
+    topApps.sample(true);
+}
+
+std::optional<StatusImage> MemoryModule::menubarImage(const ImageContext& imageContext) {
+    const EffAppearance appearance = settings.effAppearance(imageContext.appearance);
+    const double fraction = lastUsage.fraction();
+    if (imageContext.shape == ImageShape::Square) {
+        const QString label = settings.label().isEmpty() ? QStringLiteral("MEM") : settings.label();
+        return MenuBarImage::makeSquare(label, QString::number(std::lround(fraction * 100)), fraction,
+                                        appearance, imageContext);
+    }
+    return MenuBarImage::makeLabeled(
+        barWidth, settings.label(), context.global.labelSize(), appearance, imageContext,
+        [&](QPainter& painter, const QRectF& rect, const ImageColors& colors) {
+            MeterGraph::drawSingleBar(painter, rect, fraction, colors.foreground, colors.track);
+        });
+}
+
+QString MemoryModule::valueText() const {
+    return QStringLiteral("Memory %1 % (%2 of %3)")
+        .arg(QString::number(std::lround(lastUsage.fraction() * 100)),
+             QString::fromStdString(RateFormatter::bytes(lastUsage.usedBytes)),
+             QString::fromStdString(RateFormatter::bytes(lastUsage.totalBytes)));
+}
+
+QVariantMap MemoryModule::statusValues() const {
+    return {{QStringLiteral("usedBytes"), lastUsage.usedBytes},
+            {QStringLiteral("totalBytes"), lastUsage.totalBytes}};
+}
+
+std::unique_ptr<Popover> MemoryModule::makePopover() {
+    return std::make_unique<MemoryPopover>(model, settings, [this] { openSettingsPanel(); });
+}
+
+}  // namespace vostel

@@ -1,0 +1,36 @@
+#include "monitors/process/TopAppsSection.h"
+
+#include "core/SystemApp.h"
+#include "monitors/process/TopApps.h"
+
+namespace vostel {
+
+ProcessList* makeTopAppsList(const QString& placeholder) {
+    return new ProcessList(placeholder, TopApps::limit);
+}
+
+std::vector<ProcessEntry> topAppEntries(const QList<ProcStat>& list, const QColor& color,
+                                        const std::function<QString(double)>& format) {
+    std::vector<ProcessEntry> entries;
+    for (const ProcStat& process : list) {
+        entries.push_back({process.name, process.icon, {{format(process.value), color}}, {}});
+    }
+    return entries;
+}
+
+FooterButtons* makeFooter(std::function<void()> openSettings) {
+    auto* footer = new FooterButtons;
+    // The popover goes first: it would cover the window that is about to open.
+    QObject::connect(footer, &FooterButtons::monitorRequested, footer, [footer] {
+        footer->window()->close();
+        SystemApp::openActivityMonitor();
+    });
+    QObject::connect(footer, &FooterButtons::settingsRequested, footer,
+                     [footer, open = std::move(openSettings)] {
+                         footer->window()->close();
+                         open();
+                     });
+    return footer;
+}
+
+}  // namespace vostel

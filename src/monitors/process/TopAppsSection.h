@@ -1,0 +1,25 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include <QColor>
+#include <QString>
+
+#include "monitors/process/ProcStat.h"
+#include "ui/FooterButtons.h"
+#include "ui/ProcessList.h"
+
+namespace vostel {
+
+// The list under "TOP APPS", with room for the eight rows that items ask for.
+ProcessList* makeTopAppsList(const QString& placeholder);
+
+// The rows of such a list: `format` turns a process's value into its text, drawn in `color`.
+std::vector<ProcessEntry> topAppEntries(const QList<ProcStat>& list, const QColor& color,
+                                        const std::function<QString(double)>& format);
+
+// The footer that every popover has.
+FooterButtons* makeFooter(std::function<void()> openSettings);
+
+}  // namespace vostel
