@@ -1,0 +1,28 @@
+#pragma once
+
+#include "ui/Piece.h"
+
+namespace vostel {
+
+// A small quiet title over a group, with an optional note at the right edge. The text is shown as
+// it is given ("TOP APPS", "PERFORMANCE (8)").
+class SectionTitle : public Piece {
+    Q_OBJECT
+
+  public:
+    explicit SectionTitle(const QString& text, QWidget* parent = nullptr);
+
+    void setText(const QString& text);
+    void setNote(const QString& text);
+
+    QSize sizeHint() const override;
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    QString text;
+    QString note;
+};
+
+}  // namespace vostel
