@@ -92,7 +92,25 @@ void X11Desktop::setStrut(const std::array<std::uint32_t, 12>& strut) {
                         32, 4, strut.data());
 }
 
+void X11Desktop::setSizeHints(const QRect& rect) {
+    // ICCCM 4.1.2.3. At fractional scales the toolkit's own hints ask for sizes in steps of whole
+    // logical pixels, and the window manager would cut the bar down to one.
+    constexpr std::uint32_t position = 1, size = 2, minimum = 16, maximum = 32, gravity = 512;
+    const auto width = static_cast<std::uint32_t>(rect.width());
+    const auto height = static_cast<std::uint32_t>(rect.height());
+    std::array<std::uint32_t, 18> hints{};
+    hints[0] = position | size | minimum | maximum | gravity;
+    hints[1] = static_cast<std::uint32_t>(rect.x());
+    hints[2] = static_cast<std::uint32_t>(rect.y());
+    hints[3] = hints[5] = hints[7] = width;
+    hints[4] = hints[6] = hints[8] = height;
+    hints[17] = XCB_GRAVITY_STATIC;
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NORMAL_HINTS,
+                        XCB_ATOM_WM_SIZE_HINTS, 32, 18, hints.data());
+}
+
 void X11Desktop::place(const QRect& rect) {
+    setSizeHints(rect);
     const auto geometry =
         owned(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
     const auto origin = owned(xcb_translate_coordinates_reply(

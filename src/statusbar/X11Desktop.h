@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -28,7 +29,7 @@ class X11Desktop {
     // Dock type, all desktops, out of taskbar and pager, no resize handshake.
     void declareDock();
     void setStrut(const std::array<std::uint32_t, 12>& strut);
-    // Device pixels; does nothing when the window is there already.
+    // Device pixels. To be called after the toolkit has placed the window its own way.
     void place(const QRect& rect);
     // Asks for a place below (or among) the other windows.
     void setBelow(bool below);
@@ -45,6 +46,8 @@ class X11Desktop {
     void watchRoot();
 
   private:
+    void setSizeHints(const QRect& rect);
+
     // _NET_WM_STATE and the like, in the order of the table in the source file.
     std::vector<std::uint32_t> atoms;
     std::vector<std::uint32_t> words(std::uint32_t of, std::uint32_t property) const;

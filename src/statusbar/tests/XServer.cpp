@@ -1,0 +1,116 @@
+#include "statusbar/tests/XServer.h"
+
+#include <signal.h>
+#include <sys/prctl.h>
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QThread>
+
+#include "statusbar/X11Reply.h"
+
+namespace vostel {
+
+namespace {
+
+constexpr int limit = 10000;  // ms before something counts as never happening
+
+[[noreturn]] void fail(const QString& what) {
+    std::fprintf(stderr, "%s\n", qPrintable(what));
+    std::_Exit(1);
+}
+
+void endWithParent(QProcess& process) {
+    process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
+}
+
+void end(QProcess& process) {
+    process.kill();
+    process.waitForFinished();
+}
+
+}  // namespace
+
+XServer::XServer(int width, int height, int depth) {
+    endWithParent(server);
+    endWithParent(manager);
+    // -noreset: the server outlives its last client. -displayfd 1: it picks a free number.
+    server.start(QStringLiteral("Xvfb"),
+                 {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                  QStringLiteral("0"), QStringLiteral("%1x%2x%3").arg(width).arg(height).arg(depth),
+                  QStringLiteral("-dpi"), QStringLiteral("96"), QStringLiteral("-noreset"),
+                  QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+    QByteArray number;
+    while (!number.endsWith('\n')) {
+        if (!server.waitForReadyRead(limit)) fail(QStringLiteral("Xvfb does not start"));
+        number += server.readAllStandardOutput();
+    }
+    qputenv("DISPLAY", ':' + number.trimmed());
+    manager.start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")});
+    connection = xcb_connect(nullptr, nullptr);
+    QElapsedTimer waited;
+    waited.start();
+    while (!run(QStringLiteral("xprop"),
+                {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTING_WM_CHECK")})
+                .contains(QStringLiteral("window id"))) {
+        if (waited.elapsed() > limit) fail(QStringLiteral("openbox does not start"));
+    }
+}
+
+XServer::~XServer() {
+    xcb_disconnect(connection);
+    end(manager);
+    end(server);
+}
+
+QString XServer::run(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    process.start(program, arguments);
+    QElapsedTimer waited;
+    waited.start();
+    while (!process.waitForFinished(5)) {
+        if (process.state() == QProcess::NotRunning || waited.elapsed() > limit) {
+            fail(program + QStringLiteral(": ") + process.errorString());
+        }
+        if (QCoreApplication::instance()) QCoreApplication::processEvents();
+    }
+    if (process.exitCode() != 0) {
+        fail(program + QStringLiteral(": ") + QString::fromUtf8(process.readAllStandardError()));
+    }
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+QImage XServer::grab(const QRect& rect) {
+    const auto* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
+    const auto reply = owned(xcb_get_image_reply(
+        connection,
+        xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, screen->root,
+                      static_cast<std::int16_t>(rect.x()), static_cast<std::int16_t>(rect.y()),
+                      static_cast<std::uint16_t>(rect.width()),
+                      static_cast<std::uint16_t>(rect.height()), ~0u),
+        nullptr));
+    if (!reply) return {};
+    const bool small = reply->depth == 16;
+    const int line = small ? (rect.width() * 2 + 3) / 4 * 4 : rect.width() * 4;
+    return QImage(xcb_get_image_data(reply.get()), rect.width(), rect.height(), line,
+                  small ? QImage::Format_RGB16 : QImage::Format_RGB32)
+        .convertToFormat(QImage::Format_RGB32)
+        .copy();
+}
+
+bool XServer::until(const std::function<bool()>& condition) {
+    QElapsedTimer waited;
+    waited.start();
+    while (!condition()) {
+        if (waited.elapsed() > limit) return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        QThread::msleep(2);
+    }
+    return true;
+}
+
+}  // namespace vostel
