@@ -40,7 +40,7 @@ has_items() { items | grep -q 'string "..'; }
 
 start_display_waybar() {
     cat >"$work/sway.conf" <<'EOF'
-output HEADLESS-1 resolution 800x60
+output HEADLESS-1 resolution 800x300
 output * background #303030 solid_color
 EOF
     cat >"$work/waybar.json" <<'EOF'
@@ -90,7 +90,7 @@ start_display_xfce() {
   </property>
 </channel>
 EOF
-    Xvfb -displayfd 3 -screen 0 800x60x24 -nolisten tcp 3>"$work/display" 2>"$out/xvfb.log" &
+    Xvfb -displayfd 3 -screen 0 800x300x24 -nolisten tcp 3>"$work/display" 2>"$out/xvfb.log" &
     started="$started $!"
     wait_for test -s "$work/display"
     DISPLAY=:$(cat "$work/display")

@@ -14,7 +14,8 @@ namespace {
 constexpr int answerLimit = 100;  // ms
 
 struct HostKind {
-    const char16_t* process;  // /proc/PID/comm: 15 characters at the most (proc(5))
+    // /proc/PID/comm, 15 characters at the most (proc(5)); "*" stands for any end.
+    QStringView process;
     bool keepsWideImages;
     bool needsMenu;
 };
@@ -25,16 +26,18 @@ struct HostKind {
 constexpr std::array hostKinds = {
     HostKind{u"waybar", true, false},
     HostKind{u".waybar-wrapped", true, false},  // the same behind a distribution's wrapper
-    HostKind{u"wrapper-2.0", false, true},      // Xfce's panel runs its tray in such a process
     HostKind{u"xfce4-panel", false, true},
+    HostKind{u"panel-*", false, true},  // Xfce's panel runs its plugins as "panel-2-systray"
     HostKind{u"gnome-shell", false, true},
     HostKind{u"swaybar", false, true},
 };
 
 HostKind kindOf(const QString& process) {
     const auto* const kind =
-        std::find_if(hostKinds.begin(), hostKinds.end(),
-                     [&](const HostKind& row) { return process == QStringView(row.process); });
+        std::find_if(hostKinds.begin(), hostKinds.end(), [&](const HostKind& row) {
+            return row.process.endsWith(u'*') ? process.startsWith(row.process.chopped(1))
+                                              : process == row.process;
+        });
     return kind != hostKinds.end() ? *kind : HostKind{};
 }
 

@@ -1,6 +1,8 @@
 #include "statusbar/TrayMenuAdaptor.h"
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 
 #include <QDBusMetaType>
 
@@ -31,6 +33,11 @@ QVariantMap propertiesOfRoot() {
     return {{QStringLiteral("children-display"), QStringLiteral("submenu")}};
 }
 
+bool isKnown(int id) {
+    return id == 0 || std::any_of(entries.begin(), entries.end(),
+                                  [id](const Entry& entry) { return entry.id == id; });
+}
+
 }  // namespace
 
 TrayMenuAdaptor::TrayMenuAdaptor(QObject* parent, TrayItem* owner)
@@ -38,6 +45,8 @@ TrayMenuAdaptor::TrayMenuAdaptor(QObject* parent, TrayItem* owner)
     qDBusRegisterMetaType<TrayMenuEntry>();
     qDBusRegisterMetaType<QList<TrayMenuEntry>>();
     qDBusRegisterMetaType<TrayMenuLayout>();
+    qDBusRegisterMetaType<TrayMenuEvent>();
+    qDBusRegisterMetaType<QList<TrayMenuEvent>>();
     qDBusRegisterMetaType<QList<QDBusVariant>>();
     qDBusRegisterMetaType<QList<int>>();
 }
@@ -84,6 +93,25 @@ void TrayMenuAdaptor::Event(int id, const QString& type, const QDBusVariant& /*d
     }
 }
 
+QList<int> TrayMenuAdaptor::EventGroup(const QList<TrayMenuEvent>& events) {
+    QList<int> unknown;
+    for (const TrayMenuEvent& event : events) {
+        if (isKnown(event.id)) {
+            Event(event.id, event.type, event.data, event.time);
+        } else {
+            unknown.append(event.id);
+        }
+    }
+    return unknown;
+}
+
+QList<int> TrayMenuAdaptor::AboutToShowGroup(const QList<int>& ids, QList<int>& unknownIds) const {
+    unknownIds.clear();
+    std::copy_if(ids.begin(), ids.end(), std::back_inserter(unknownIds),
+                 [](int id) { return !isKnown(id); });
+    return {};
+}
+
 QDBusArgument& operator<<(QDBusArgument& argument, const TrayMenuEntry& entry) {
     argument.beginStructure();
     argument << entry.id << entry.properties;
@@ -108,6 +136,20 @@ QDBusArgument& operator<<(QDBusArgument& argument, const TrayMenuLayout& layout)
 const QDBusArgument& operator>>(const QDBusArgument& argument, TrayMenuLayout& layout) {
     argument.beginStructure();
     argument >> layout.id >> layout.properties >> layout.children;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument& operator<<(QDBusArgument& argument, const TrayMenuEvent& event) {
+    argument.beginStructure();
+    argument << event.id << event.type << event.data << event.time;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, TrayMenuEvent& event) {
+    argument.beginStructure();
+    argument >> event.id >> event.type >> event.data >> event.time;
     argument.endStructure();
     return argument;
 }

@@ -24,6 +24,14 @@ struct TrayMenuLayout {
     QList<QDBusVariant> children;
 };
 
+// What a host tells of an entry, D-Bus type (isvu).
+struct TrayMenuEvent {
+    int id = 0;
+    QString type;
+    QDBusVariant data;
+    uint time = 0;
+};
+
 inline const QString trayMenuPath = QStringLiteral("/StatusNotifierItem/Menu");
 
 // The menu (com.canonical.dbusmenu, version 3) for hosts that open a menu of their own making on a
@@ -54,7 +62,10 @@ class TrayMenuAdaptor final : public QDBusAbstractAdaptor {
     QList<vostel::TrayMenuEntry> GetGroupProperties(const QList<int>& ids,
                                                     const QStringList& names) const;
     bool AboutToShow(int /*id*/) const { return false; }
+    QList<int> AboutToShowGroup(const QList<int>& ids, QList<int>& unknownIds) const;
     void Event(int id, const QString& type, const QDBusVariant& data, uint time);
+    // Answers the ids that it does not know.
+    QList<int> EventGroup(const QList<vostel::TrayMenuEvent>& events);
 
   private:
     TrayItem* item;
@@ -64,8 +75,11 @@ QDBusArgument& operator<<(QDBusArgument& argument, const TrayMenuEntry& entry);
 const QDBusArgument& operator>>(const QDBusArgument& argument, TrayMenuEntry& entry);
 QDBusArgument& operator<<(QDBusArgument& argument, const TrayMenuLayout& layout);
 const QDBusArgument& operator>>(const QDBusArgument& argument, TrayMenuLayout& layout);
+QDBusArgument& operator<<(QDBusArgument& argument, const TrayMenuEvent& event);
+const QDBusArgument& operator>>(const QDBusArgument& argument, TrayMenuEvent& event);
 
 }  // namespace vostel
 
 Q_DECLARE_METATYPE(vostel::TrayMenuEntry)
 Q_DECLARE_METATYPE(vostel::TrayMenuLayout)
+Q_DECLARE_METATYPE(vostel::TrayMenuEvent)

@@ -108,7 +108,7 @@ TEST_F(TrayBarTests, HandsOutPixelsInNetworkOrderInBothSizes) {
 
 // A square cell must not squeeze an image that is wider than high.
 TEST_F(TrayBarTests, PadsToASquareWhereTheHostHasSquareCells) {
-    nameHost("xfce4-panel\n");
+    nameHost("plasmashell\n");
     showItem();
     const TrayPixmap pixmap = shownPixmaps().value(0);
     EXPECT_EQ(QSize(pixmap.width, pixmap.height), QSize(4, 4));
@@ -264,7 +264,7 @@ TEST_F(TrayBarTests, AsksForTheShapeThatTheHostKeeps) {
 // Some panels open a menu of their own on a right click and report nothing: without one the right
 // button would be lost there; with one it would be lost everywhere else.
 TEST_F(TrayBarTests, OffersAMenuOnlyToHostsThatNeedOne) {
-    nameHost("gnome-shell\n");
+    nameHost("panel-12-systra\n");
     showItem();
     const QString menuInterface = u"com.canonical.dbusmenu"_s;
     QString path;
@@ -294,6 +294,15 @@ TEST_F(TrayBarTests, OffersAMenuOnlyToHostsThatNeedOne) {
     event(0, u"clicked"_s);
     event(-5, u"clicked"_s);
     EXPECT_EQ(clicks, (std::vector{Qt::LeftButton, Qt::RightButton}));
+    // Panels gather their events; one unknown entry must not lose the others.
+    const TrayMenuEvent known{2, u"clicked"_s, QDBusVariant(0), 0};
+    TrayMenuEvent unknown = known;
+    unknown.id = 77;
+    const QDBusMessage group =
+        tray->call(menuInterface, u"EventGroup"_s,
+                   {QVariant::fromValue(QList<TrayMenuEvent>{unknown, known})}, path);
+    EXPECT_EQ(qdbus_cast<QList<int>>(group.arguments().value(0)), QList<int>{77});
+    EXPECT_EQ(clicks.size(), 3U);
 
     tray.reset();
     nameHost("waybar\n");
