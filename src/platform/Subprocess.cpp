@@ -15,8 +15,6 @@
 #include <mutex>
 #include <utility>
 
-extern char** environ;
-
 namespace vostel::Subprocess {
 
 namespace {

@@ -31,7 +31,7 @@ std::int64_t changeTime(const std::string& path) {
 
 std::string realPath(const std::string& path) {
     const std::unique_ptr<char, void (*)(void*)> real(realpath(path.c_str(), nullptr), std::free);
-    return real ? real.get() : path;
+    return real ? real.get() : std::string();
 }
 
 // A folder that holds one application's programs, with its "/"; "" for the shared ones.
@@ -100,6 +100,23 @@ void AppIcons::readFolder(const std::string& folder, const std::string& prefix, 
     }
 }
 
+// The file behind the program of an Exec line, links followed. One without a path is looked for in
+// the "bin" beside each data folder ("/usr/share" -> "/usr/bin").
+std::string AppIcons::programFile(const std::string& program) const {
+    if (program.starts_with('/')) {
+        const std::string real = realPath(program);
+        return real.empty() ? program : real;
+    }
+    for (const std::string& directory : dataDirs) {
+        const std::string real =
+            realPath(directory.substr(0, directory.find_last_of('/') + 1) + "bin/" + program);
+        if (!real.empty() && program.find('/') == std::string::npos) {
+            return real;
+        }
+    }
+    return program;
+}
+
 void AppIcons::addEntry(const std::string& id, const std::string& path) {
     const auto text = byId.contains(id) ? std::nullopt : readSmallFile(path, mostBytes);
     if (!text) {
@@ -111,7 +128,7 @@ void AppIcons::addEntry(const std::string& id, const std::string& path) {
         program.empty()) {
         return;
     }
-    const std::string real = realPath(program);
+    const std::string real = programFile(program);
     for (const std::string& key : {std::string(CommandWords::baseName(program)),
                                    std::string(CommandWords::baseName(real)), ownFolder(real)}) {
         std::string& owner = byProgram[key];

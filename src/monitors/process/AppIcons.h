@@ -43,6 +43,7 @@ class AppIcons {
     };
     void refresh();
     void readFolder(const std::string& folder, const std::string& prefix, int depth, int& left);
+    std::string programFile(const std::string& program) const;
     void addEntry(const std::string& id, const std::string& path);
     const DesktopEntry* find(const ProcessDetails& details) const;
     const DesktopEntry* findByExecutable(const ProcessDetails& details) const;

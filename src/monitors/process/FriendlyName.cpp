@@ -131,7 +131,8 @@ std::string codeLabel(std::string_view code, int depth) {
     }
     constexpr std::string_view plainWord =
         "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._/+@-";
-    if (words.empty() || words[0].find_first_not_of(plainWord) != std::string_view::npos) {
+    if (words.empty() || words[0].find_first_not_of(plainWord) != std::string_view::npos ||
+        contains(NameLists::shellWords, words[0])) {
         return {};
     }
     return nameOf(words, {}, depth + 1).plain;
@@ -155,7 +156,8 @@ Name interpreterName(Words words, const NameLists::Interpreter& interpreter, int
                  !target->value.ends_with(".java")))) {
         label = target->value.ends_with(".jar") ? fileLabel(target->value, words[0])
                                                 : classLabel(target->value);
-    } else if (target) {
+    } else if (target && !target->value.starts_with("/dev/") &&
+               !target->value.starts_with("/proc/")) {
         label = fileLabel(target->value, words[0]);
     }
     if (label.empty()) {

@@ -186,6 +186,12 @@ constexpr std::string_view scriptExts =
     "py pyw pyc pyz js mjs cjs ts mts cts jsx tsx bundle min asar rb pl pm php phar lua sh bash "
     "zsh fish ksh ps1 jar war dll exe r jl tcl tk scm rkt qml scpt";
 
+// First words of shell code that are no program.
+constexpr std::string_view shellWords =
+    "if for while until case select function time do then else fi done esac exec eval source . : "
+    "true false test export unset local declare typeset readonly trap ulimit umask shift read wait "
+    "echo printf let return exit";
+
 // Folders that say nothing about the program whose file lies in them.
 constexpr std::string_view genericDirs =
     "bin .bin sbin src lib lib32 lib64 libexec app apps dist build out output script scripts tool "

@@ -74,6 +74,10 @@ class AppIconsTest : public testing::Test {
         write("home/applications/gone.desktop", "Hidden=true\n");
         write("usr/applications/player.desktop", "Icon=player\nExec=player\n");
         write("usr/applications/notes_notes.desktop", "Icon=notes\nExec=env X=1 /snap/bin/notes\n");
+        write("usr/applications/suite.desktop", "Icon=suite\nExec=suite %U\n");
+        write("opt/suite/start", "");
+        std::filesystem::create_directories(root + "/bin");
+        std::filesystem::create_symlink("../opt/suite/start", root + "/bin/suite");
         std::ofstream(root + "/usr/applications/broken.desktop") << "\xff[Desktop Entry\n=\n[";
     }
     void write(const std::string& name, const std::string& text) {
@@ -101,6 +105,7 @@ TEST_F(AppIconsTest, WhoseProcess) {
          "player"},
         {"terminal itself", {{"term"}, "/usr/bin/term", "/u/app-term-1.scope"}, "term"},
         {"plainest entry of a folder", {{"x"}, "/opt/office/office.bin", "/"}, "office"},
+        {"link into the application's folder", {{"x"}, root + "/opt/suite/x.bin", "/"}, "suite"},
         {"script", {{"python3", "/usr/bin/files.py"}, "/usr/bin/python3.11", "/"}, "files"},
         {"interpreter", {{"python3", "-c", "1"}, "/usr/bin/python3", "/"}, ""},
         {"snap", {{"x"}, "/snap/notes/3/usr/bin/electron-x", "/"}, "notes"},

@@ -53,6 +53,8 @@ TEST(FriendlyNameTest, ArgumentVectors) {
         {{"/bin/sh", "/opt/shop/current/bin/start.sh"}, "", "shop (sh)"},
         {{"bash", "-lc", "cd /srv/x && FOO=secret exec /usr/bin/make -j8"}, "bash", "make (bash)"},
         {{"sh", "-c", "\"$HOME/x\" --token secret"}, "sh", "sh"},
+        {{"sh", "-c", "while :; do :; done"}, "sh", "sh"},
+        {{"bash", "/dev/fd/3"}, "bash", "bash"},
         {{"-bash"}, "bash", "bash"},
         {{"ruby", "-Ilib", "-rset", "/srv/blog/bin/rails", "s"}, "", "rails (ruby)"},
         {{"perl", "-we", "print 1"}, "perl", "perl"},
