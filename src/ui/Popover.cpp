@@ -184,7 +184,7 @@ void Popover::paintEvent(QPaintEvent* event) {
         for (int i = 0; i < shadow; ++i) {
             QColor layer = theme.shadow;
             const double share = static_cast<double>(i + 1) / shadow;
-            layer.setAlphaF(static_cast<float>(theme.shadow.alphaF() * share * share * 0.28));
+            layer.setAlphaF(static_cast<float>(theme.shadow.alphaF() * share * share * 0.18));
             painter.setBrush(layer);
             const double grow = shadow - i - 1;
             painter.drawRoundedRect(
