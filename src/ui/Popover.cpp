@@ -11,6 +11,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include "ui/Compositing.h"
 #include "ui/PopoverPlacement.h"
@@ -27,7 +28,22 @@ constexpr int shadowRoom = 14;
 constexpr double radius = 10;
 constexpr double maskRadius = 6;     // smaller where corners cannot be smooth
 constexpr int sameClickTime = 1000;  // milliseconds from press to release
+constexpr int hostClickTime = 400;   // where the host may have kept the release to itself
 constexpr int sameClickDistance = 24;
+
+// Hands a press that closed the popover, and its release, to the program's own window under it, so
+// that one click moves from one item's popover to the next. Qt does so on some platforms only (not
+// on X11).
+void replay(const QMouseEvent& event) {
+    const QWidget* target = QApplication::widgetAt(event.globalPosition().toPoint());
+    QWindow* window = target ? target->window()->windowHandle() : nullptr;
+    if (window) {
+        QCoreApplication::postEvent(
+            window, new QMouseEvent(event.type(), window->mapFromGlobal(event.globalPosition()),
+                                    event.globalPosition(), event.button(), event.buttons(),
+                                    event.modifiers(), event.pointingDevice()));
+    }
+}
 
 }  // namespace
 
@@ -37,6 +53,7 @@ Popover::Popover(const QString& title, QWidget* parent)
       shadow(translucent ? shadowRoom : 0) {
     setAttribute(Qt::WA_TranslucentBackground, translucent);
     setAttribute(Qt::WA_OpaquePaintEvent, !translucent);
+    setAttribute(Qt::WA_NoMouseReplay);  // replay() does it everywhere
     setWindowTitle(title);
     setAccessibleName(title);
     setFocusPolicy(Qt::NoFocus);
@@ -109,14 +126,16 @@ void Popover::showAtCorner() {
     open();
 }
 
-bool Popover::closedByPressAt(const QPoint& position) const {
-    if (!sinceClosingPress.isValid() || sinceClosingPress.hasExpired(sameClickTime)) {
+bool Popover::closedByPressAt(const QPoint& position) {
+    if (!sinceClosingPress.isValid()) {
         return false;
     }
+    const bool recent = !sinceClosingPress.hasExpired(anchorIsItem ? sameClickTime : hostClickTime);
+    sinceClosingPress.invalidate();
     if (anchorIsItem) {
-        return anchor.contains(closingPress) && anchor.contains(position);
+        return recent && anchor.contains(closingPress) && anchor.contains(position);
     }
-    return (position - closingPress).manhattanLength() <= sameClickDistance;
+    return recent && (position - closingPress).manhattanLength() <= sameClickDistance;
 }
 
 QImage Popover::snapshot(double scale) {
@@ -165,7 +184,7 @@ void Popover::paintEvent(QPaintEvent* event) {
         for (int i = 0; i < shadow; ++i) {
             QColor layer = theme.shadow;
             const double share = static_cast<double>(i + 1) / shadow;
-            layer.setAlphaF(static_cast<float>(theme.shadow.alphaF() * share * share * 0.28));
+            layer.setAlphaF(static_cast<float>(theme.shadow.alphaF() * share * share * 0.18));
             painter.setBrush(layer);
             const double grow = shadow - i - 1;
             painter.drawRoundedRect(
@@ -187,6 +206,15 @@ void Popover::mousePressEvent(QMouseEvent* event) {
         closingPress = event->globalPosition().toPoint();
         sinceClosingPress.start();
         close();
+        replay(*event);
+    }
+    event->accept();
+}
+
+void Popover::mouseReleaseEvent(QMouseEvent* event) {
+    // Of a quick click the release, too, was on its way to this window when the press closed it.
+    if (!isVisible() && sinceClosingPress.isValid()) {
+        replay(*event);
     }
     event->accept();
 }
@@ -232,9 +260,11 @@ void Popover::open() {
     sinceClosingPress.invalidate();
     Q_EMIT aboutToShow();
     ensurePolished();
+    if (QWidget* last = focusWidget()) {
+        last->clearFocus();
+    }
     place();
     show();
-    raise();
 }
 
 void Popover::place() {

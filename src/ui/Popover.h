@@ -38,8 +38,9 @@ class Popover : public QWidget {
     void showAtCorner();
 
     // Whether a press at the item just now closed this popover, so that the release of the same
-    // click must not open it again. `position` is that of the release.
-    bool closedByPressAt(const QPoint& position) const;
+    // click must not open it again. `position` is that of the release. To be asked once for each
+    // click of the item: the next click is a new one.
+    bool closedByPressAt(const QPoint& position);
 
     // The popover without window, shadow and position, at its full height: for snapshots.
     QImage snapshot(double scale);
@@ -53,6 +54,7 @@ class Popover : public QWidget {
     bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void hideEvent(QHideEvent* event) override;

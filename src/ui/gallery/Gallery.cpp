@@ -1,13 +1,12 @@
 // Renders sample popovers with every shared piece and hard content to PNG files in the folder
-// given, or with "--show X,Y,W,H" opens one beside that rectangle of the desktop.
+// given, or with "--show X,Y,W,H" puts an item there that opens one.
 
 #include <cmath>
 #include <cstdio>
-#include <functional>
 
 #include <QApplication>
 #include <QDir>
-#include <QTimer>
+#include <QMouseEvent>
 
 #include "core/SystemColors.h"
 #include "render/RateFormatter.h"
@@ -209,15 +208,40 @@ int renderAll(const QString& folder) {
     return 0;
 }
 
+// Stands for an item of a bar: opens and closes the popover as an item does.
+class Item : public QWidget {
+  public:
+    explicit Item(Popover& target)
+        : QWidget(nullptr, Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint),
+          popover(target) {}
+
+  protected:
+    void mouseReleaseEvent(QMouseEvent* event) override {
+        if (!popover.closedByPressAt(event->globalPosition().toPoint())) {
+            popover.showAt(geometry());
+        }
+    }
+
+  private:
+    Popover& popover;
+};
+
 int showOne(const QStringList& place) {
-    Popover popover(QStringLiteral("CPU"));
+    Popover popover(QStringLiteral("Network"));
     fillNetwork(popover);
-    QObject::connect(&popover, &Popover::closed, qApp, [&] {
-        std::puts("closed");
+    const auto say = [](const char* what) {
+        std::puts(what);
         std::fflush(stdout);
-        QTimer::singleShot(0, qApp, &QCoreApplication::quit);
-    });
-    popover.showAt(QRect(place[0].toInt(), place[1].toInt(), place[2].toInt(), place[3].toInt()));
+    };
+    QObject::connect(&popover, &Popover::aboutToShow, qApp, [=] { say("opened"); });
+    QObject::connect(&popover, &Popover::closed, qApp, [=] { say("closed"); });
+    for (auto* footer : popover.findChildren<FooterButtons*>()) {
+        QObject::connect(footer, &FooterButtons::monitorRequested, qApp, [=] { say("monitor"); });
+        QObject::connect(footer, &FooterButtons::settingsRequested, qApp, [=] { say("settings"); });
+    }
+    Item item(popover);
+    item.setGeometry(place[0].toInt(), place[1].toInt(), place[2].toInt(), place[3].toInt());
+    item.show();
     return QApplication::exec();
 }
 
