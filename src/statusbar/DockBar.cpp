@@ -1,6 +1,7 @@
 #include "statusbar/DockBar.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <utility>
 
@@ -21,6 +22,8 @@ namespace {
 
 constexpr double leastThickness = 12.0;  // points
 constexpr double mostThickness = 64.0;
+constexpr std::chrono::seconds shownCheckInterval{1};
+constexpr int shownChecks = 20;
 
 const QNativeInterface::QX11Application* x11() {
     return qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
@@ -44,6 +47,9 @@ Appearance resolved(AppearanceChoice choice) {
 DockBar::DockBar(ItemOrderStore& order, const DockBarOptions& options)
     : ItemBar(order), choices(options), pointer(new DockPointer(*this)) {
     installDockAccessibility();
+    checkTimer.setSingleShot(true);
+    checkTimer.setInterval(shownCheckInterval);
+    connect(&checkTimer, &QTimer::timeout, this, &DockBar::checkShown);
     watchScreens();
     relocate();
 }
@@ -141,7 +147,6 @@ void DockBar::openWindow() {
     window->create();
     const auto id = static_cast<std::uint32_t>(window->winId());
     desktop = std::make_unique<X11Desktop>(x11()->connection(), id);
-    desktop->declareDock();
     surface = std::make_unique<X11Surface>(x11()->connection(), id);
     fullScreen = std::make_unique<FullScreenWatch>(*desktop);
     connect(fullScreen.get(), &FullScreenWatch::changed, this, &DockBar::stepBack);
@@ -180,11 +185,29 @@ void DockBar::relocate() {
     window->setGeometry(
         QRectF(QPointF(screen->geometry().topLeft()) + offset, QSizeF(bar.size()) / scale)
             .toAlignedRect());
-    if (!window->isVisible()) window->show();
-    desktop->place(bar);
+    showWindow();
+    checksLeft = shownChecks;
+    checkTimer.start();
     cellsValid = false;
     if (imageContext() != before) askForImages();
     paintAll();
+}
+
+void DockBar::showWindow() {
+    if (!window->isVisible()) {
+        desktop->declareDock();  // a window manager drops the state of a window that is hidden
+        window->show();
+    }
+    desktop->place(bar);
+}
+
+void DockBar::checkShown() {
+    // A window manager that is just starting may lose the request to show a window; this program
+    // often starts at the same moment.
+    if (!window || !desktop || window->isExposed() || checksLeft-- <= 0) return;
+    window->hide();
+    showWindow();
+    checkTimer.start();
 }
 
 void DockBar::askForImages() {

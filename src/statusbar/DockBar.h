@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include <QTimer>
+
 #include "statusbar/DockBarOptions.h"
 #include "statusbar/DockPointer.h"
 #include "statusbar/ItemBar.h"
@@ -65,6 +67,8 @@ class DockBar final : public ItemBar, private DockPointer::Target {
     void watchScreens();
     void relocateSoon();
     void relocate();
+    void showWindow();
+    void checkShown();
     void openWindow();
     void closeSurface();
     QScreen* chosenScreen() const;
@@ -88,6 +92,8 @@ class DockBar final : public ItemBar, private DockPointer::Target {
     bool cellsValid = false;
     bool layoutQueued = false;
     bool relocateQueued = false;
+    QTimer checkTimer;
+    int checksLeft = 0;
     int highlightedId = -1;
     int draggedId = -1;
     int draggedLeft = 0;
