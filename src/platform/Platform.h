@@ -1,9 +1,11 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "platform/CPUSource.h"
 #include "platform/Clock.h"
+#include "platform/GPUSource.h"
 #include "platform/SystemRoots.h"
 
 namespace vostel {
@@ -13,6 +15,7 @@ struct Platform {
     SystemRoots roots;
     std::unique_ptr<Clock> clock;
     std::unique_ptr<CPUSource> cpu;
+    std::vector<std::shared_ptr<GPUSource>> gpu;  // shared with a thread that may hang
 };
 
 // The real sources. Nothing is opened before it is first asked for.

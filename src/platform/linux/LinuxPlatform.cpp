@@ -1,7 +1,9 @@
 #include <utility>
 
 #include "platform/Platform.h"
+#include "platform/linux/DrmGPUSource.h"
 #include "platform/linux/LinuxClock.h"
+#include "platform/linux/NvidiaGPUSource.h"
 #include "platform/linux/ProcStatSource.h"
 
 namespace vostel {
@@ -10,6 +12,8 @@ Platform makeLinuxPlatform(SystemRoots roots) {
     Platform platform;
     platform.clock = std::make_unique<LinuxClock>();
     platform.cpu = std::make_unique<ProcStatSource>(roots);
+    platform.gpu = {std::make_shared<DrmGPUSource>(roots),
+                    std::make_shared<NvidiaGPUSource>(roots)};
     platform.roots = std::move(roots);
     return platform;
 }
