@@ -119,7 +119,7 @@ class GPUSampler::Lane {
     void markStale() {
         stale = true;
         if (latest.accelerators.empty()) {
-            latest.accelerators.push_back({.id = {}, .name = "GPU"});
+            latest.accelerators.emplace_back().name = "GPU";
         }
         for (GPUAccelerator& accelerator : latest.accelerators) {
             accelerator.stale = !accelerator.asleep;
