@@ -13,6 +13,11 @@ namespace {
 
 constexpr double forgetProcessAfter = 30;  // seconds
 
+// Samples bear the time of the driver's clock. When none came for a while the machine was idle or
+// that clock was set back: begin anew. One that lies far ahead of the last is not believed.
+constexpr double believesSamplesFor = 5;               // seconds
+constexpr std::uint64_t latestSample = 2 * 5'000'000;  // microseconds
+
 GPUStatistics nothingUsed() {
     return {.device = 0, .renderer = 0, .tiler = 0, .inUse = 0, .memoryAll = {}};
 }
@@ -113,8 +118,14 @@ bool NvidiaGPUSource::mayPowerDown(const Card& card) const {
 
 void NvidiaGPUSource::sampleProcesses(Card& card, const GPURequest& request) {
     const double elapsed = card.sampledAt ? request.now - *card.sampledAt : 0;
-    const bool prime = !(elapsed > 0) || elapsed > 3 * request.interval;
-    auto samples = session->processSamples(card.device, prime ? 0 : card.sampledTo);
+    const bool prime = !(elapsed > 0) || elapsed > 3 * request.interval ||
+                       request.now - card.advancedAt > believesSamplesFor;
+    if (prime) {
+        card.sampledTo = 0;
+        card.advancedAt = request.now;
+    }
+    card.sampledAt = request.now;
+    auto samples = session->processSamples(card.device, card.sampledTo);
     std::ranges::sort(samples, {}, &NvmlProcessSample::at);
     const auto touch = [&](int pid) -> Process& {
         Process& process = card.processes[pid];
@@ -132,23 +143,22 @@ void NvidiaGPUSource::sampleProcesses(Card& card, const GPURequest& request) {
     constexpr double nanosecondsInAMicrosecond = 1000;
     std::map<int, std::uint64_t> coveredTo;
     const auto longest = static_cast<std::uint64_t>(std::max(0.0, elapsed) * 1e6);
+    const std::uint64_t start = card.sampledTo;
     for (const NvmlProcessSample& sample : samples) {
+        if (start > 0 && sample.at - start > latestSample) {
+            break;  // the clock was set, or nonsense
+        }
         Process& process = touch(sample.pid);
-        std::uint64_t& covered = coveredTo.try_emplace(sample.pid, card.sampledTo).first->second;
+        std::uint64_t& covered = coveredTo.try_emplace(sample.pid, start).first->second;
         const std::uint64_t from = std::max(covered, sample.at > longest ? sample.at - longest : 0);
         if (!prime && sample.at > from) {
             process.time += sample.utilization * static_cast<double>(sample.at - from) *
                             nanosecondsInAMicrosecond;
         }
         covered = std::max(covered, sample.at);
+        card.sampledTo = std::max(card.sampledTo, sample.at);
+        card.advancedAt = request.now;
     }
-    if (prime) {
-        card.sampledTo = 0;  // its clock may have been set back since
-    }
-    for (const auto& [pid, covered] : coveredTo) {
-        card.sampledTo = std::max(card.sampledTo, covered);
-    }
-    card.sampledAt = request.now;
     for (int pid : session->runningProcesses(card.device)) {
         touch(pid);
     }

@@ -52,6 +52,7 @@ class NvidiaGPUSource : public GPUSource {
         GPUAccelerator last;
         std::uint64_t sampledTo = 0;  // time stamp of the newest sample, microseconds
         std::optional<double> sampledAt;
+        double advancedAt = 0;  // when `sampledTo` last moved
         std::map<int, Process> processes;
     };
 

@@ -37,8 +37,9 @@ TEST(DrmFdinfoTest, DriversAndKernels) {
          "drm-driver:\txe\ndrm-client-id:\t41\ndrm-pdev:\t0000:00:02.0\n"
          "drm-total-cycles-rcs:\t9000\ndrm-cycles-rcs:\t900\ndrm-resident-gtt:\t1 KiB\n",
          41, 900, 1, kib},
-        {"v3d", "drm-driver:\tv3d\ndrm-client-id:\t5\ndrm-engine-bin: \t10 ns\nv3d-jobs-bin: \t4\n"
-                "drm-engine-render: \t20 ns\n",
+        {"v3d",
+         "drm-driver:\tv3d\ndrm-client-id:\t5\ndrm-engine-bin: \t10 ns\nv3d-jobs-bin: \t4\n"
+         "drm-engine-render: \t20 ns\n",
          5, 30, 2, 0},
         {"a capacity without its engine, no blanks, no last line end",
          "drm-driver:msm\ndrm-client-id:1\ndrm-engine-capacity-gpu:0\ndrm-engine-x:1 ns", 1, 1, 1,

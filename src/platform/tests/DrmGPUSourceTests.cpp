@@ -90,9 +90,9 @@ TEST(DrmGPUSourceTest, IntelResidency) {
             double percent;
         };
         DrmGPUSource source(tree.roots());
-        for (const Step& step : {Step{0, 5000, 0}, Step{1, 5600, 40}, Step{2, 6700, 0},
-                                 Step{500, 6800, 0}, Step{501, 7500, 30}, Step{502, 0, 0},
-                                 Step{503, 900, 10}}) {
+        for (const Step& step :
+             {Step{0, 5000, 0}, Step{1, 5600, 40}, Step{2, 6700, 0}, Step{500, 6800, 0},
+              Step{501, 7500, 30}, Step{502, 0, 0}, Step{503, 900, 10}}) {
             set(step.idle);
             EXPECT_FALSE(source.isSlow(glance(step.at))) << "belongs on no thread";
             const auto reading = source.read(glance(step.at));

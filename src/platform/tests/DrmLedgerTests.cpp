@@ -49,10 +49,9 @@ TEST(DrmLedgerTest, ClientCountsOnceForOneProcess) {
 TEST(DrmLedgerTest, EnginesByCapacityAndKind) {
     DrmLedger ledger;
     const auto walk = [](std::uint64_t t) {
-        return std::vector{descriptor(1, 1, "video", t * 900 * ms, 2),
-                           descriptor(1, 2, "render", t * 100 * ms),
-                           descriptor(2, 3, "render", t * 200 * ms),
-                           descriptor(2, 4, "bin", t * 50 * ms)};
+        return std::vector{
+            descriptor(1, 1, "video", t * 900 * ms, 2), descriptor(1, 2, "render", t * 100 * ms),
+            descriptor(2, 3, "render", t * 200 * ms), descriptor(2, 4, "bin", t * 50 * ms)};
     };
     ledger.observe(10, 5, walk(1));
     ledger.observe(11, 5, walk(2));
