@@ -89,7 +89,12 @@ bool DrmGPUSource::mayWalk(const Card& card) const {
 bool DrmGPUSource::wantsWalk(const GPURequest& request) const {
     const bool due = !walkedAt || request.now - *walkedAt >= walkEvery || request.now < *walkedAt;
     return std::ranges::any_of(cards, [&](const Card& card) {
-        return mayWalk(card) && (request.detailed || (due && !card.counts));
+        // A card whose driver names no engines (a virtual one, a display alone) has its chance
+        // once.
+        const Driver* driver = knownDriver(card.drm.driver);
+        const bool tells =
+            (driver != nullptr && driver->namesEngines) || card.load.known || !walkedAt;
+        return mayWalk(card) && (request.detailed || (due && !card.counts && tells));
     });
 }
 
@@ -166,7 +171,7 @@ void DrmGPUSource::walk(const GPURequest& request) {
     }
     walkedAt = request.now;
     ledger.observe(request.now, 3 * std::max(request.interval, walkEvery),
-                   walker.walk(request.now, nodes));
+                   walker.walk(request.now, request.detailed, nodes));
     for (Card& card : cards) {
         card.load = ledger.load(card.drm.id);
     }

@@ -50,16 +50,19 @@ int number(const char* name) {
 
 DrmWalker::DrmWalker(std::string procRoot) : proc(std::move(procRoot)) {}
 
-void DrmWalker::look(int procDirectory, int pid, double now, Process& process) const {
+// Spread by process id, so that each walk looks through a few.
+bool DrmWalker::isDue(int pid, const Process& process, double now, bool someoneLooks) {
+    const double pause = someoneLooks ? 4 + pid % 4 : 15 + pid % 16;  // seconds
+    return process.looks < looksWhenNew || now - process.lookedAt >= pause;
+}
+
+void DrmWalker::look(int procDirectory, int pid, Process& process) const {
     process.held.clear();
-    // Spread by process id, so that a walk looks through a few of them.
-    process.due = ++process.looks < looksWhenNew ? now : now + 4 + pid % 4;
     char path[64];
     std::snprintf(path, sizeof path, "%d/fd", pid);
     const Directory directory = openDirectory(procDirectory, path);
     if (directory == nullptr) {
-        process.looks = looksWhenNew;
-        process.due = now + 4 + pid % 4;
+        process.looks = looksWhenNew;  // another user's
         return;
     }
     constexpr std::string_view prefix = "/dev/dri/";
@@ -99,7 +102,7 @@ bool DrmWalker::read(int pid, const Process& process, const Held& held, const st
     return true;
 }
 
-std::vector<DrmDescriptor> DrmWalker::walk(double now,
+std::vector<DrmDescriptor> DrmWalker::walk(double now, bool someoneLooks,
                                            const std::map<std::string, std::string>& nodes) {
     std::vector<DrmDescriptor> result;
     ++walks;
@@ -114,14 +117,16 @@ std::vector<DrmDescriptor> DrmWalker::walk(double now,
         }
         Process& process = processes[pid];
         process.walk = walks;
-        if (process.due <= now) {
-            look(dirfd(directory.get()), pid, now, process);
+        if (isDue(pid, process, now, someoneLooks)) {
+            ++process.looks;
+            process.lookedAt = now;
+            look(dirfd(directory.get()), pid, process);
         }
         for (const Held& held : process.held) {
             const auto card = nodes.find(held.node);
             if (card != nodes.end() && result.size() < mostDescriptors &&
                 !read(pid, process, held, card->second, result)) {
-                process.due = now;  // closed, or another process by now: look again
+                process.looks = 0;  // closed, or another process by now: look again
             }
         }
     }

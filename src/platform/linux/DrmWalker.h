@@ -11,9 +11,9 @@
 namespace vostel {
 
 // Finds the processes that hold DRM devices. Looking through all descriptors of all processes is
-// what costs, so a process is looked through when it is new (three times within its first seconds),
-// and after that every 4 to 7 seconds, not all in the same walk; descriptors known to be of a DRM
-// device are read in every walk.
+// what costs, so a process is looked through in its first three walks, and after that only every 4
+// to 7 seconds (15 to 30 when nobody looks), not all in the same walk; descriptors known to be of a
+// DRM device are read in every walk.
 class DrmWalker {
   public:
     explicit DrmWalker(std::string procRoot);
@@ -21,7 +21,8 @@ class DrmWalker {
     // `nodes`: the device nodes that may be asked, "renderD128" or "card0", and the card of each.
     // Descriptors of other nodes are not opened. Processes of other users are left out where the
     // system hides them.
-    std::vector<DrmDescriptor> walk(double now, const std::map<std::string, std::string>& nodes);
+    std::vector<DrmDescriptor> walk(double now, bool someoneLooks,
+                                    const std::map<std::string, std::string>& nodes);
 
   private:
     struct Held {
@@ -30,13 +31,14 @@ class DrmWalker {
     };
     struct Process {
         std::uint64_t walk = 0;
-        double due = 0;
+        double lookedAt = 0;
         int looks = 0;
         std::string name;
         std::vector<Held> held;
     };
 
-    void look(int procDirectory, int pid, double now, Process& process) const;
+    static bool isDue(int pid, const Process& process, double now, bool someoneLooks);
+    void look(int procDirectory, int pid, Process& process) const;
     bool read(int pid, const Process& process, const Held& held, const std::string& card,
               std::vector<DrmDescriptor>& into) const;
 

@@ -278,6 +278,17 @@ TEST(DrmGPUSourceTest, DescriptorsComeAndGo) {
     EXPECT_TRUE(source.read(look(++second)).accelerators[0].clients.empty());
 }
 
+// A virtual machine's display is no reason to look through all processes every 5 s.
+TEST(DrmGPUSourceTest, DisplayWithoutEngines) {
+    GPUTree tree;
+    tree.add({.device = "virtio0", .driver = "virtio_gpu"});
+    DrmGPUSource source(tree.roots());
+    for (int second = 0; second < 30; second += 6) {
+        EXPECT_EQ(source.isSlow(glance(second)), second == 0);
+        EXPECT_FALSE(source.read(glance(second)).accelerators.at(0).statistics);
+    }
+}
+
 TEST(DrmGPUSourceTest, NoGPU) {
     for (const bool withFolder : {true, false}) {
         GPUTree tree;
