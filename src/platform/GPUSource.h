@@ -65,9 +65,10 @@ class GPUSource {
     // belongs on a worker. Always quick itself.
     virtual bool isSlow(const GPURequest& request) = 0;
 
-    // A GPU that is powered down is never touched by it. Differences between two readings (time
-    // used, utilisation of cards without a counter of their own) start anew after a gap of more
-    // than three intervals. Accelerators come in the order of the system.
+    // A GPU that is powered down is never touched by it. What is a difference of two counts (time
+    // used, load of cards without a load counter) starts anew after a gap: more than three
+    // intervals for counters, three walks through the clients for what comes of those. Process
+    // times count from first sight. Accelerators come in the order of the system.
     virtual GPUReading read(const GPURequest& request) = 0;
 };
 

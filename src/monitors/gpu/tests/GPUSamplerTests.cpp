@@ -1,3 +1,4 @@
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -5,6 +6,9 @@
 #include <thread>
 
 #include "monitors/gpu/GPUSampler.h"
+#include "platform/linux/NvidiaGPUSource.h"
+#include "platform/tests/GPUTree.h"
+#include "platform/tests/StandInNvml.h"
 
 namespace vostel {
 namespace {
@@ -130,6 +134,37 @@ TEST(GPUSamplerTest, HangingThreadIsLeftBehind) {
     slow->hang = false;
     slow->wanted = 1;
     slow->settle();
+}
+
+// The same with a management library that blocks inside a query.
+TEST(GPUSamplerTest, HangingManagementLibrary) {
+    void* library = dlopen(STAND_IN_NVML, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    StandInNvml* nvml = reinterpret_cast<StandInNvml* (*)()>(dlsym(library, "standIn"))();
+    nvml->utilization = 70;
+    nvml->hang = true;
+    GPUTree tree;
+    tree.add({.device = "0000:01:00.0", .driver = "nvidia"});
+    GPUSampler sampler({std::make_shared<NvidiaGPUSource>(tree.roots(), STAND_IN_NVML)});
+    EXPECT_FALSE(sampler.tick({.now = 1}));
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (nvml->inside == 0 && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_FALSE(sampler.tick({.now = 4}));
+    const auto stale = sampler.tick({.now = 5});
+    ASSERT_TRUE(stale);
+    EXPECT_TRUE(stale->accelerators.at(0).stale);
+    nvml->hang = false;
+    std::optional<GPUReading> back;
+    while (!back && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        back = sampler.tick({.now = 6});
+    }
+    ASSERT_TRUE(back);
+    EXPECT_FALSE(back->accelerators.at(0).stale);
+    EXPECT_DOUBLE_EQ(*back->accelerators[0].statistics->device, 70);
+    EXPECT_EQ(back->at, 1) << "what it says is of then";
 }
 
 TEST(GPUSamplerTest, NoSourceIsNoGPU) {
