@@ -1,11 +1,13 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "platform/CPUSource.h"
 #include "platform/Clock.h"
 #include "platform/ProcessSource.h"
 #include "platform/MemorySource.h"
+#include "platform/GPUSource.h"
 #include "platform/SystemRoots.h"
 
 namespace vostel {
@@ -17,6 +19,7 @@ struct Platform {
     std::unique_ptr<CPUSource> cpu;
     std::unique_ptr<ProcessSource> processes;
     std::unique_ptr<MemorySource> memory;
+    std::vector<std::shared_ptr<GPUSource>> gpu;  // shared with a thread that may hang
 };
 
 // The real sources. Nothing is opened before it is first asked for.

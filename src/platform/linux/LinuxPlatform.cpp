@@ -1,9 +1,11 @@
 #include <utility>
 
 #include "platform/Platform.h"
+#include "platform/linux/DrmGPUSource.h"
 #include "platform/linux/LinuxClock.h"
 #include "platform/linux/ProcProcessSource.h"
 #include "platform/linux/MeminfoSource.h"
+#include "platform/linux/NvidiaGPUSource.h"
 #include "platform/linux/ProcStatSource.h"
 
 namespace vostel {
@@ -14,6 +16,8 @@ Platform makeLinuxPlatform(SystemRoots roots) {
     platform.cpu = std::make_unique<ProcStatSource>(roots);
     platform.processes = std::make_unique<ProcProcessSource>(roots);
     platform.memory = std::make_unique<MeminfoSource>(roots);
+    platform.gpu = {std::make_shared<DrmGPUSource>(roots),
+                    std::make_shared<NvidiaGPUSource>(roots)};
     platform.roots = std::move(roots);
     return platform;
 }
