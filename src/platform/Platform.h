@@ -4,6 +4,7 @@
 
 #include "platform/CPUSource.h"
 #include "platform/Clock.h"
+#include "platform/NetworkSource.h"
 #include "platform/SystemRoots.h"
 
 namespace vostel {
@@ -13,6 +14,7 @@ struct Platform {
     SystemRoots roots;
     std::unique_ptr<Clock> clock;
     std::unique_ptr<CPUSource> cpu;
+    std::unique_ptr<NetworkSource> network;
 };
 
 // The real sources. Nothing is opened before it is first asked for.

@@ -17,12 +17,19 @@ class NullCPUSource : public CPUSource {
     int activeProcessorCount() override { return 1; }
 };
 
+class NullNetworkSource : public NetworkSource {
+  public:
+    std::vector<InterfaceCounters> interfaces() override { return {}; }
+    std::vector<InterfaceAddress> addresses() override { return {}; }
+};
+
 }  // namespace
 
 Platform makeNullPlatform() {
     Platform platform;
     platform.clock = std::make_unique<NullClock>();
     platform.cpu = std::make_unique<NullCPUSource>();
+    platform.network = std::make_unique<NullNetworkSource>();
     return platform;
 }
 
