@@ -24,26 +24,17 @@
 namespace vostel {
 namespace {
 
-constexpr std::size_t step = 1'000'000;  // bytes sent each way in one second of the test's clock
+// Datagrams, because TCP sends a segment again when its acknowledgement is late, and the counters
+// rightly show it. So large that the headers, which the sender does not count, are 0.5 %.
+constexpr std::size_t datagram = 8000;
+constexpr int datagramsInStep = 125;
+// Bytes sent each way in one second of the test's clock.
+constexpr double step = datagram * datagramsInStep;
 constexpr int steps = 20;
 constexpr int port = 5001;
 
 bool shell(const std::string& command) {
     return std::system(command.c_str()) == 0;
-}
-
-bool transfer(int connection, bool send) {
-    std::vector<char> block(step);
-    std::size_t done = 0;
-    while (done < step) {
-        const ssize_t n = send ? ::send(connection, block.data(), step - done, MSG_NOSIGNAL)
-                               : ::recv(connection, block.data(), step - done, 0);
-        if (n <= 0) {
-            return false;
-        }
-        done += static_cast<std::size_t>(n);
-    }
-    return true;
 }
 
 void setTimeLimit(int socket) {
@@ -57,6 +48,13 @@ sockaddr_in address(const char* text) {
     result.sin_family = AF_INET;
     result.sin_port = htons(port);
     inet_pton(AF_INET, text, &result.sin_addr);
+    return result;
+}
+
+int boundSocket(const char* text) {
+    const int result = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const sockaddr_in own = address(text);
+    EXPECT_EQ(bind(result, reinterpret_cast<const sockaddr*>(&own), sizeof own), 0);
     return result;
 }
 
@@ -76,19 +74,15 @@ class FarEnd {
     }
     ~FarEnd() {
         close(ends[0]);
+        kill(pid, SIGKILL);
         waitpid(pid, nullptr, 0);
     }
     FarEnd(const FarEnd&) = delete;
     FarEnd& operator=(const FarEnd&) = delete;
 
-    void begin(char order) { EXPECT_EQ(write(ends[0], &order, 1), 1); }
-    bool done() {
-        bool well = false;
-        return read(ends[0], &well, 1) == 1 && well;
-    }
     bool run(char order) {
-        begin(order);
-        return done();
+        bool well = false;
+        return write(ends[0], &order, 1) == 1 && read(ends[0], &well, 1) == 1 && well;
     }
 
     pid_t pid = -1;
@@ -96,16 +90,18 @@ class FarEnd {
   private:
     [[noreturn]] void serve() {
         char order = 0;
-        int connection = -1;
         while (read(ends[1], &order, 1) == 1) {
-            const bool well = obey(order, connection);
+            const bool well = obey(order);
             if (write(ends[1], &well, 1) != 1) {
                 break;
+            }
+            if (order == 'e') {
+                echo();
             }
         }
         _exit(0);
     }
-    static bool obey(char order, int& connection) {
+    bool obey(char order) {
         switch (order) {
             case 'n':
                 return unshare(CLONE_NEWNET) == 0;
@@ -115,19 +111,27 @@ class FarEnd {
                     "{ ip link add link vb name top type vlan id 5 2>/dev/null || "
                     "ip link add link vb name top type macvlan mode bridge; } && "
                     "ip addr add 10.9.5.2/24 dev top && ip link set top up");
-            case 'c': {
-                connection = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-                setTimeLimit(connection);
-                const sockaddr_in other = address("10.9.5.1");
-                return connect(connection, reinterpret_cast<const sockaddr*>(&other),
-                               sizeof other) == 0;
-            }
             default:
-                return transfer(connection, order == 's');
+                mirror = boundSocket("10.9.5.2");
+                return true;
+        }
+    }
+    void echo() {
+        std::vector<char> block(datagram);
+        sockaddr_in from{};
+        for (;;) {
+            socklen_t size = sizeof from;
+            const ssize_t n = recvfrom(mirror, block.data(), block.size(), 0,
+                                       reinterpret_cast<sockaddr*>(&from), &size);
+            if (n > 0) {
+                sendto(mirror, block.data(), static_cast<std::size_t>(n), 0,
+                       reinterpret_cast<const sockaddr*>(&from), size);
+            }
         }
     }
 
     int ends[2] = {-1, -1};
+    int mirror = -1;
 };
 
 // A namespace for this process: as root, or as root of a user namespace of one's own.
@@ -148,14 +152,13 @@ bool enterNamespace() {
 
 class NetworkNamespaceTest : public testing::Test {
   protected:
+    // Before the first far end is made, which must stand in the same user namespace.
+    static void SetUpTestSuite() { entered = enterNamespace(); }
     void SetUp() override {
-        static const bool entered = enterNamespace();
         ASSERT_TRUE(entered)
             << "no network namespace can be made: run this as root, or on a kernel "
                "that lets users have namespaces";
         ASSERT_TRUE(far.run('n'));
-        // Jumbo frames: the headers, which the counters count and the sender does not, stay
-        // below 1 % even without segmentation offload.
         ASSERT_TRUE(
             shell("ip link set lo up && ip link add va mtu 9000 type veth peer name vb mtu "
                   "9000 netns " +
@@ -167,34 +170,25 @@ class NetworkNamespaceTest : public testing::Test {
                   "ip link set va up && ip link set br0 up && ip link set top up"))
             << "the package iproute2 and the kernel's veth, bridge and macvlan are needed";
         ASSERT_TRUE(far.run('i'));
-        connectFarEnd();
+        ASSERT_TRUE(far.run('e'));
+        connection = boundSocket("10.9.5.1");
+        setTimeLimit(connection);
     }
     void TearDown() override {
         close(connection);
         shell("ip link del br0; ip link del va 2>/dev/null; ip link del vc 2>/dev/null");
     }
-    void connectFarEnd() {
-        const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        const int yes = 1;
-        setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-        setTimeLimit(listener);
-        const sockaddr_in own = address("10.9.5.1");
-        ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&own), sizeof own), 0);
-        ASSERT_EQ(listen(listener, 1), 0);
-        ASSERT_TRUE(far.run('c'));
-        connection = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-        close(listener);
-        ASSERT_GE(connection, 0);
-        setTimeLimit(connection);
-    }
     // One step each way.
     void exchange() {
-        far.begin('s');
-        ASSERT_TRUE(transfer(connection, false));
-        ASSERT_TRUE(far.done());
-        far.begin('r');
-        ASSERT_TRUE(transfer(connection, true));
-        ASSERT_TRUE(far.done());
+        const sockaddr_in other = address("10.9.5.2");
+        std::vector<char> block(datagram);
+        for (int i = 0; i < datagramsInStep; ++i) {
+            ASSERT_EQ(sendto(connection, block.data(), block.size(), 0,
+                             reinterpret_cast<const sockaddr*>(&other), sizeof other),
+                      static_cast<ssize_t>(datagram));
+            ASSERT_EQ(recv(connection, block.data(), block.size(), 0),
+                      static_cast<ssize_t>(datagram));
+        }
     }
     // One tick of an item in `automatic`, and beside it one in `all`.
     void tick() {
@@ -215,6 +209,7 @@ class NetworkNamespaceTest : public testing::Test {
         return state != list.end() ? &*state : nullptr;
     }
 
+    static inline bool entered = false;
     FarEnd far;
     int connection = -1;
     HandClock clock;
@@ -231,7 +226,7 @@ TEST_F(NetworkNamespaceTest, RatesAndTotalsAreTheSendersAndCountedOnce) {
         tick();
         EXPECT_NEAR(automatic.current().down, step, step * 0.03);
         EXPECT_NEAR(automatic.current().up, step, step * 0.03);
-        EXPECT_GT(all.current().down, step * 2.9) << "every byte passes three interfaces";
+        EXPECT_GT(all.current().down, step * 1.9) << "without the rule bytes count twice";
     }
     EXPECT_NEAR(monitor.sessionDown(), step * steps, step * steps * 0.01);
     EXPECT_NEAR(monitor.sessionUp(), step * steps, step * steps * 0.01);
