@@ -69,12 +69,12 @@ NetlinkAnswer walkMessages(Bytes bytes, std::uint32_t sequence, Visit visit) {
             answer.interrupted |= (head->nlmsg_flags & NLM_F_DUMP_INTR) != 0;
             if (head->nlmsg_type == NLMSG_ERROR || head->nlmsg_type == NLMSG_DONE) {
                 // An error is a negative errno; so is the status that ends a dump.
+                // A dump that ends without a status ended well.
                 const auto status = valueAt<std::int32_t>(content);
-                const bool refused = head->nlmsg_type == NLMSG_ERROR && !status;
+                const bool well = status ? *status == 0 : head->nlmsg_type == NLMSG_DONE;
+                const bool isErrno = status && *status < 0 && *status > -4096;
                 answer.done = true;
-                answer.error = refused                                      ? EPROTO
-                               : (status && *status > -4096 && *status < 0) ? -*status
-                                                                            : 0;
+                answer.error = well ? 0 : isErrno ? -*status : EPROTO;
                 break;
             }
             visit(head->nlmsg_type, content);
