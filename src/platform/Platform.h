@@ -5,9 +5,10 @@
 
 #include "platform/CPUSource.h"
 #include "platform/Clock.h"
-#include "platform/ProcessSource.h"
-#include "platform/MemorySource.h"
 #include "platform/GPUSource.h"
+#include "platform/MemorySource.h"
+#include "platform/NetworkSource.h"
+#include "platform/ProcessSource.h"
 #include "platform/SystemRoots.h"
 
 namespace vostel {
@@ -20,6 +21,7 @@ struct Platform {
     std::unique_ptr<ProcessSource> processes;
     std::unique_ptr<MemorySource> memory;
     std::vector<std::shared_ptr<GPUSource>> gpu;  // shared with a thread that may hang
+    std::unique_ptr<NetworkSource> network;
 };
 
 // The real sources. Nothing is opened before it is first asked for.

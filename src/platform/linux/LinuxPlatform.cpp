@@ -3,9 +3,10 @@
 #include "platform/Platform.h"
 #include "platform/linux/DrmGPUSource.h"
 #include "platform/linux/LinuxClock.h"
-#include "platform/linux/ProcProcessSource.h"
 #include "platform/linux/MeminfoSource.h"
+#include "platform/linux/NetlinkSource.h"
 #include "platform/linux/NvidiaGPUSource.h"
+#include "platform/linux/ProcProcessSource.h"
 #include "platform/linux/ProcStatSource.h"
 
 namespace vostel {
@@ -18,6 +19,7 @@ Platform makeLinuxPlatform(SystemRoots roots) {
     platform.memory = std::make_unique<MeminfoSource>(roots);
     platform.gpu = {std::make_shared<DrmGPUSource>(roots),
                     std::make_shared<NvidiaGPUSource>(roots)};
+    platform.network = std::make_unique<NetlinkSource>();
     platform.roots = std::move(roots);
     return platform;
 }

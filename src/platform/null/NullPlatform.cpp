@@ -32,6 +32,12 @@ class NullMemorySource : public MemorySource {
     double physicalMemory() override { return 0; }
 };
 
+class NullNetworkSource : public NetworkSource {
+  public:
+    std::vector<InterfaceCounters> interfaces() override { return {}; }
+    std::vector<InterfaceAddress> addresses() override { return {}; }
+};
+
 }  // namespace
 
 Platform makeNullPlatform() {
@@ -40,6 +46,7 @@ Platform makeNullPlatform() {
     platform.cpu = std::make_unique<NullCPUSource>();
     platform.processes = std::make_unique<NullProcessSource>();
     platform.memory = std::make_unique<NullMemorySource>();
+    platform.network = std::make_unique<NullNetworkSource>();
     return platform;
 }
 

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "platform/NetworkSource.h"
+#include "platform/linux/NetlinkMessages.h"
+
+namespace vostel {
+
+// The interfaces of the network namespace that the first reading is made in, over one kept
+// NETLINK_ROUTE socket. A reading never waits: the kernel has its answer ready when it is asked.
+class NetlinkSource : public NetworkSource {
+  public:
+    NetlinkSource() = default;
+    ~NetlinkSource() override;
+    NetlinkSource(const NetlinkSource&) = delete;
+    NetlinkSource& operator=(const NetlinkSource&) = delete;
+
+    std::vector<InterfaceCounters> interfaces() override;
+    std::vector<InterfaceAddress> addresses() override;
+
+  private:
+    enum class Dump { complete, interrupted, failed };
+
+    template <typename Entry>
+    std::vector<Entry> read(int type, NetlinkAnswer (*parse)(std::span<const std::byte>,
+                                                             std::uint32_t, std::vector<Entry>&));
+    template <typename Entry>
+    Dump dump(int type, std::vector<Entry>& entries,
+              NetlinkAnswer (*parse)(std::span<const std::byte>, std::uint32_t,
+                                     std::vector<Entry>&));
+    bool open();
+    bool ask(int type);
+    void close();
+
+    int descriptor = -1;
+    std::uint32_t sequence = 0;
+    std::vector<std::byte> buffer;
+};
+
+}  // namespace vostel
