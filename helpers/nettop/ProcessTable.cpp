@@ -59,6 +59,7 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text) {
         text.remove_prefix(start);
         const std::string_view word = text.substr(0, text.find_first_of(" \n"));
         text.remove_prefix(word.size());
+        stat.ended = stat.ended || (field == 3 && (word == "Z" || word == "X"));
         if (field == 22 && !parseNumber(word, stat.startTime)) {
             return std::nullopt;
         }
@@ -85,7 +86,10 @@ std::optional<Holder> ProcessTable::identify(int pid) const {
         return std::nullopt;
     }
     const auto stat = parseProcessStat({buffer, static_cast<std::size_t>(size)});
-    return stat ? std::optional(Holder{pid, stat->startTime, -1, stat->name}) : std::nullopt;
+    if (!stat || stat->ended) {
+        return std::nullopt;
+    }
+    return Holder{pid, stat->startTime, -1, stat->name};
 }
 
 std::optional<Holder> ProcessTable::remembered(int pid) const {

@@ -19,6 +19,7 @@ namespace vostel::nettop {
 struct ProcessStat {
     std::string name;
     std::uint64_t startTime = 0;  // clock ticks since boot
+    bool ended = false;           // waits only for its parent to take notice (a zombie)
 };
 
 // /proc/PID/stat (proc(5)): "pid (name) state ppid ...". The name may hold blanks and parentheses.
@@ -37,7 +38,7 @@ class ProcessTable {
     // Lists /proc again. Returns the pids that have gone since the last call.
     std::vector<int> refresh();
 
-    // Who the process is now; nothing when it has gone.
+    // Who the process is now; nothing when it has ended.
     std::optional<Holder> identify(int pid) const;
 
     // Who the process was when it was last looked at, also if it went with the last refresh().

@@ -45,7 +45,10 @@ Descriptor openNotices() {
         bind(opened.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         return Descriptor();
     }
-    setsockopt(opened.get(), SOL_SOCKET, SO_RCVBUFFORCE, &noticeBuffer, sizeof noticeBuffer);
+    if (setsockopt(opened.get(), SOL_SOCKET, SO_RCVBUFFORCE, &noticeBuffer, sizeof noticeBuffer)) {
+        // Without CAP_NET_ADMIN what the system lets everybody have (net.core.rmem_max).
+        setsockopt(opened.get(), SOL_SOCKET, SO_RCVBUF, &noticeBuffer, sizeof noticeBuffer);
+    }
     return opened;
 }
 

@@ -16,7 +16,7 @@ class SocketDiag {
     // Opens the kernel's socket diagnostics; nothing when they cannot be opened.
     static std::optional<SocketDiag> open();
 
-    // True when the kernel tells about closed sockets (it needs CAP_NET_ADMIN).
+    // True when the kernel tells about closed sockets (anybody may listen; since Linux 4.2).
     bool noticesClosing() const { return notices.get() >= 0; }
 
     // Visits every TCP socket of both families that can carry bytes, and the listening ones.

@@ -28,16 +28,12 @@
 #include <string_view>
 
 #include "Options.h"
+#include "ReadingBudget.h"
 #include "Sampler.h"
 
 namespace {
 
 using namespace vostel::nettop;
-
-// Between two blocks sockets come and go. While readings are cheap there are more of them than
-// blocks, at most ten a second and for at most this share of one processor.
-constexpr double cpuShare = 0.005;
-constexpr double shortestPause = 0.1;  // seconds
 
 double secondsOn(clockid_t clock) {
     timespec now{};
@@ -91,31 +87,34 @@ int run(const Options& options, pid_t parent) {
         std::fputs("vostel-nettop: this kernel has no socket diagnostics\n", stderr);
         return 1;
     }
+    ReadingBudget budget;
+    const auto read = [&] {
+        const double before = secondsOn(CLOCK_PROCESS_CPUTIME_ID);
+        sampler.read(secondsOn(CLOCK_BOOTTIME));
+        const double now = secondsOn(CLOCK_BOOTTIME);
+        budget.spend(now, secondsOn(CLOCK_PROCESS_CPUTIME_ID) - before);
+        return now;
+    };
     const double start = secondsOn(CLOCK_BOOTTIME);
     const double dayAtStart = secondsOfDay();
-    double cost = 0;  // processor seconds of a reading, smoothed
-    double next = start;
+    double due = start;
     for (long long block = 0; options.blocks == 0 || block < options.blocks; ++block) {
-        const int readings =
-            std::clamp(static_cast<int>(options.interval * cpuShare / std::max(cost, 1e-6)), 1,
-                       static_cast<int>(options.interval / shortestPause));
-        for (int reading = block == 0 ? readings : 1; reading <= readings; ++reading) {
-            if (block > 0 &&
-                !sleepUntil(next + options.interval * reading / static_cast<double>(readings),
-                            parent)) {
+        double extra = secondsOn(CLOCK_BOOTTIME) + budget.pause();
+        while (extra < due - ReadingBudget::shortestPause / 2) {
+            if (!sleepUntil(extra, parent)) {
                 return 0;
             }
-            const double before = secondsOn(CLOCK_PROCESS_CPUTIME_ID);
-            sampler.read(secondsOn(CLOCK_BOOTTIME));
-            const double spent = secondsOn(CLOCK_PROCESS_CPUTIME_ID) - before;
-            cost = block < 2 ? spent : cost * 0.8 + spent * 0.2;  // the first search costs most
+            extra = read() + budget.pause();
         }
-        const double now = secondsOn(CLOCK_BOOTTIME);
-        // After a stall or a suspend the grid begins anew: no burst of blocks to catch up.
-        next = block == 0 || now - next > 2 * options.interval ? now : next + options.interval;
+        if (!sleepUntil(due, parent)) {
+            return 0;
+        }
+        const double now = read();
         if (!writeAll(formatBlock(dayAtStart + (now - start), sampler.sight(), sampler.rows()))) {
             return 0;
         }
+        // After a stall or a suspend the grid begins anew: no burst of blocks to catch up.
+        due = (now - due > options.interval ? now : due) + options.interval;
     }
     return 0;
 }

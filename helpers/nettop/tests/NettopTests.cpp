@@ -5,11 +5,13 @@
 #include <linux/sock_diag.h>
 #include <linux/tcp.h>
 
+#include <cmath>
 #include <cstring>
 
 #include "DiagMessage.h"
 #include "Options.h"
 #include "ProcessTable.h"
+#include "ReadingBudget.h"
 #include "TraceEvent.h"
 #include "TrafficLedger.h"
 
@@ -142,6 +144,35 @@ TEST(DiagMessageTest, BrokenMessages) {
     ASSERT_EQ(readings.size(), 2u);
     EXPECT_EQ(readings[0].bytesIn, 0u);
     EXPECT_EQ(readings[1].bytesIn, 1000u);
+}
+
+// Readings as often as the budget allows, for 100 s, each at the given cost.
+TEST(ReadingBudgetTest, ReadsOftenWhileThatIsCheap) {
+    const struct {
+        double cost;         // seconds
+        double every;        // every so-many-th reading ...
+        double peak;         // ... costs this
+        double least, most;  // extra readings a second
+    } rows[] = {{0.0001, 1e9, 0, 9, 10.1},
+                {0.001, 1e9, 0, 4.5, 5.1},
+                {0.005, 1e9, 0, 0.9, 1.1},
+                {0.0005, 10, 0.010, 2.5, 4.5},
+                {0.1, 1e9, 0, 0.03, 0.3}};
+    for (const auto& row : rows) {
+        ReadingBudget budget;
+        double now = 0;
+        double used = 0;
+        int readings = 0;
+        budget.spend(now, 0.02);  // the first search
+        for (; now < 100; now += budget.pause()) {
+            const double cost = std::fmod(++readings, row.every) == 0 ? row.peak : row.cost;
+            budget.spend(now, cost);
+            used += cost;
+        }
+        EXPECT_GE(readings / 100.0, row.least) << row.cost;
+        EXPECT_LE(readings / 100.0, row.most) << row.cost;
+        EXPECT_TRUE(used / 100 < 0.0056 || row.cost > 0.01) << used;
+    }
 }
 
 TEST(TraceEventTest, RecordsShorterThanTheirFormat) {
