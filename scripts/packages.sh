@@ -4,7 +4,7 @@
 case "${PACKAGE_MANAGER:-}" in
     apt)
         PACKAGES_BUILD="g++ cmake ninja-build pkg-config qt6-base-dev libqt6svg6-dev libgl-dev \
-            libplist-dev libxcb1-dev"
+            libplist-dev libxcb1-dev libxcb-randr0-dev"
         PACKAGES_RUN="qt6-qpa-plugins fonts-dejavu-core"
         PACKAGES_TEST="libgtest-dev xvfb openbox xdotool x11-utils x11-xserver-utils dbus iproute2 procps"
         ;;

@@ -64,9 +64,11 @@ std::unique_ptr<StatusBar> makeOffscreenBar(const CommandLine& commandLine, Item
     return std::make_unique<OffscreenBar>(order, options);
 }
 
-std::unique_ptr<StatusBar> makeBar(BarKind kind, const CommandLine& commandLine, ItemOrderStore& order) {
+std::unique_ptr<StatusBar> makeBar(BarKind kind, const CommandLine& commandLine, ItemOrderStore& order,
+                                   const TrayHost& host) {
     if (kind == BarKind::Tray) {
         TrayBarOptions options;
+        options.host = host;
         QString error;
         if (auto bar = TrayBar::make(options, &error)) {
             return bar;
@@ -84,8 +86,9 @@ std::unique_ptr<StatusBar> chooseAndMakeBar(const CommandLine& commandLine, Disp
                                             AppServices& services, ItemOrderStore& order) {
     const BarKind wanted = wantedBar(commandLine, services.defaults);
     BarSurroundings surroundings{display, false, false};
-    if (display != Display::None && wanted == BarKind::Automatic) {
-        const TrayHost host = probeTray(TrayProbeOptions{.busAddress = {}, .proc = services.platform.roots.proc});
+    TrayHost host;
+    if (display != Display::None && wanted != BarKind::Offscreen) {
+        host = probeTray(TrayProbeOptions{.busAddress = {}, .proc = services.platform.roots.proc});
         surroundings.hasTrayHost = host.host;
         surroundings.hostKeepsWideImages = host.keepsWideImages;
     }
@@ -94,7 +97,7 @@ std::unique_ptr<StatusBar> chooseAndMakeBar(const CommandLine& commandLine, Disp
     if (!complaint.isEmpty()) {
         logLine(QStringLiteral("%1; using the %2 bar").arg(complaint, textOf(kind)));
     }
-    return makeBar(kind, commandLine, order);
+    return makeBar(kind, commandLine, order, host);
 }
 
 }  // namespace

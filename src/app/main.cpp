@@ -1,17 +1,35 @@
 #include <malloc.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "app/CommandLine.h"
 #include "app/ModuleTable.h"
 #include "app/RunCommand.h"
 #include "app/SnapshotCommand.h"
 #include "app/StatusCommand.h"
+#include "core/Log.h"
+
+namespace {
+
+// The toolkit complains about a missing $XDG_RUNTIME_DIR, which this program does without.
+void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (!text.startsWith(QStringLiteral("QStandardPaths: XDG_RUNTIME_DIR"))) {
+        vostel::logLine(text);
+    }
+    if (type == QtFatalMsg) {
+        std::abort();
+    }
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     using namespace vostel;
     // One arena: a second one for each thread would cost more memory than it saves time here.
     mallopt(M_ARENA_MAX, 1);
+
+    qInstallMessageHandler(handleMessage);
 
     QStringList arguments;
     for (int i = 0; i < argc; ++i) {

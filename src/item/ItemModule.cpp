@@ -69,7 +69,7 @@ void ItemModule::begin() {
     }
     startTimer();
     didStart();
-    render();
+    tick();  // an item with a long interval must not stand empty until its first tick
 }
 
 void ItemModule::stop() {

@@ -142,7 +142,8 @@ QFont styled(const QFont& base, TextStyle style) {
 
 void drawSymbol(QPainter& painter, const QRectF& rect, const QString& name, double size,
                 const QColor& color) {
-    const double scale = painter.device()->devicePixelRatioF();
+    // Not the device's ratio: a widget drawn into an image says that of its screen.
+    const double scale = painter.deviceTransform().m11();
     const QString key = QStringLiteral("vostel/%1/%2/%3/%4")
                             .arg(name)
                             .arg(size)
