@@ -59,7 +59,7 @@ std::unique_ptr<StatusBar> makeOffscreenBar(const CommandLine& commandLine, Item
                             ? runtimeFolder() + QStringLiteral("/vostel-bar.png")
                             : commandLine.imagePath;
     options.text = stdout;
-    std::printf("No display: the bar is drawn into %s\n", QFile::encodeName(options.imagePath).constData());
+    std::printf("The bar is drawn into %s\n", QFile::encodeName(options.imagePath).constData());
     std::fflush(stdout);
     return std::make_unique<OffscreenBar>(order, options);
 }

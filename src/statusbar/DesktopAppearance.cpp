@@ -1,8 +1,8 @@
 #include "statusbar/DesktopAppearance.h"
 
-#include <QDBusConnection>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QGuiApplication>
 #include <QPalette>
@@ -11,45 +11,48 @@ namespace vostel {
 
 namespace {
 
-QString service() {
-    return QStringLiteral("org.freedesktop.portal.Desktop");
-}
-QString path() {
-    return QStringLiteral("/org/freedesktop/portal/desktop");
-}
-QString settings() {
-    return QStringLiteral("org.freedesktop.portal.Settings");
-}
-QString space() {
-    return QStringLiteral("org.freedesktop.appearance");
-}
-QString key() {
-    return QStringLiteral("color-scheme");
-}
+const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
+const QString group = QStringLiteral("org.freedesktop.appearance");
+const QString key = QStringLiteral("color-scheme");
+constexpr uint prefersDark = 1;
+constexpr uint prefersLight = 2;
 
 }  // namespace
 
-DesktopAppearance::DesktopAppearance() {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected()) return;
-    // The arguments are matched by the bus, so that other settings wake nobody.
-    bus.connect(service(), path(), settings(), QStringLiteral("SettingChanged"), {space(), key()},
-                QString(), this, SLOT(settingChanged(QDBusMessage)));
+DesktopAppearance::DesktopAppearance(const QDBusConnection& connection) : bus(connection) {
+    if (!bus.isConnected()) {
+        return;
+    }
+    // Subscribed without a sender: to resolve a well-known name here would wait for the bus. The
+    // arguments are matched by the bus, so that other settings wake nobody.
+    bus.connect({}, path, interface, QStringLiteral("SettingChanged"), {group, key}, QString(),
+                this, SLOT(settingChanged(QDBusMessage)));
+    auto* watcher =
+        new QDBusServiceWatcher(service, bus, QDBusServiceWatcher::WatchForRegistration, this);
+    connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &DesktopAppearance::read);
+    read();
+}
+
+void DesktopAppearance::read() {
     QDBusMessage call =
-        QDBusMessage::createMethodCall(service(), path(), settings(), QStringLiteral("Read"));
-    call << space() << key();
-    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-        const QDBusPendingReply<QDBusVariant> reply = *watcher;
-        if (reply.isValid()) take(fromPortal(QVariant::fromValue(reply.value())));
-        watcher->deleteLater();
+        QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
+    call.setArguments({group, key});
+    call.setAutoStartService(false);
+    auto* pending = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
+    connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
+        pending->deleteLater();
+        const QDBusPendingReply<QDBusVariant> reply = *pending;
+        if (reply.isValid()) {
+            take(fromPortal(QVariant::fromValue(reply.value())));
+        }
     });
 }
 
-Appearance DesktopAppearance::current() const {
-    if (portal) return *portal;
+Appearance DesktopAppearance::orPalette() const {
     const int lightness = QGuiApplication::palette().color(QPalette::Window).lightness();
-    return lightness < 128 ? Appearance::Dark : Appearance::Light;
+    return portal.value_or(lightness < 128 ? Appearance::Dark : Appearance::Light);
 }
 
 std::optional<Appearance> DesktopAppearance::fromPortal(QVariant value) {
@@ -57,11 +60,14 @@ std::optional<Appearance> DesktopAppearance::fromPortal(QVariant value) {
     for (int depth = 0; depth < 4 && value.canConvert<QDBusVariant>(); ++depth) {
         value = value.value<QDBusVariant>().variant();
     }
-    bool isNumber = false;
-    const uint number = value.toUInt(&isNumber);
-    if (isNumber && number == 1) return Appearance::Dark;
-    if (isNumber && number == 2) return Appearance::Light;
-    return std::nullopt;
+    switch (value.toUInt()) {
+        case prefersDark:
+            return Appearance::Dark;
+        case prefersLight:
+            return Appearance::Light;
+        default:
+            return std::nullopt;
+    }
 }
 
 void DesktopAppearance::settingChanged(const QDBusMessage& message) {
@@ -69,9 +75,10 @@ void DesktopAppearance::settingChanged(const QDBusMessage& message) {
 }
 
 void DesktopAppearance::take(std::optional<Appearance> next) {
-    if (next == portal) return;
-    portal = next;
-    Q_EMIT changed();
+    if (next != portal) {
+        portal = next;
+        Q_EMIT changed();
+    }
 }
 
 }  // namespace vostel

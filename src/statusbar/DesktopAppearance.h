@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QObject>
 #include <QVariant>
@@ -10,30 +11,35 @@
 
 namespace vostel {
 
-// Whether the desktop is dark or light: the desktop portal's colour scheme where there is one, else
-// the toolkit's palette. Asks once, without waiting, and listens; never polls.
+// Whether the desktop is meant to be dark or light, by the settings portal
+// (org.freedesktop.portal.Settings, "org.freedesktop.appearance" "color-scheme"). It never starts
+// the portal, never waits for it, picks it up when it appears, and never polls.
 class DesktopAppearance final : public QObject {
     Q_OBJECT
 
   public:
-    DesktopAppearance();
+    explicit DesktopAppearance(const QDBusConnection& bus);
 
-    // Until the portal has answered, the palette's.
-    Appearance current() const;
+    // Empty while the desktop states no preference.
+    std::optional<Appearance> stated() const { return portal; }
+    // What the desktop states, else what the toolkit's palette looks like.
+    Appearance orPalette() const;
 
-    // The portal's number for org.freedesktop.appearance color-scheme (1 dark, 2 light), however
-    // many variants it is wrapped in. Empty: no preference, or nothing that makes sense.
+    // The portal's number (1 dark, 2 light), however many variants it is wrapped in. Empty: no
+    // preference, or nothing that makes sense.
     static std::optional<Appearance> fromPortal(QVariant value);
 
   Q_SIGNALS:
     void changed();
 
   private Q_SLOTS:
+    void read();
     void settingChanged(const QDBusMessage& message);
 
   private:
     void take(std::optional<Appearance> next);
 
+    QDBusConnection bus;
     std::optional<Appearance> portal;
 };
 

@@ -110,10 +110,10 @@ Appearance DockBar::chosenAppearance() {
         return choices.appearance == AppearanceChoice::Dark ? Appearance::Dark : Appearance::Light;
     }
     if (!desktopAppearance) {
-        desktopAppearance = std::make_unique<DesktopAppearance>();
+        desktopAppearance = std::make_unique<DesktopAppearance>(QDBusConnection::sessionBus());
         connect(desktopAppearance.get(), &DesktopAppearance::changed, this, &DockBar::relocateSoon);
     }
-    return desktopAppearance->current();
+    return desktopAppearance->orPalette();
 }
 
 QRect DockBar::monitorOf(const QScreen& screen) const {
