@@ -4,6 +4,7 @@
 #include <linux/perf_event.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <sys/mount.h>
 #include <sys/syscall.h>
 
 #include <algorithm>
@@ -24,8 +25,24 @@ constexpr std::uint64_t connectingRounds = 2000;
 constexpr std::size_t maximumEntries = 16384;
 constexpr std::size_t maximumRecord = 1024;
 
-std::string readFile(const std::string& path) {
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+// The tracing file system: where it is mounted, else mounted for this process alone, in no
+// namespace and gone with the descriptor (fsmount(2)).
+Descriptor openTraceFolder() {
+    for (const char* path : {"/sys/kernel/tracing", "/sys/kernel/debug/tracing"}) {
+        const std::string events = std::string(path) + "/events";
+        if (access(events.c_str(), X_OK) == 0) {
+            return Descriptor(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        }
+    }
+    const Descriptor context(fsopen("tracefs", FSOPEN_CLOEXEC));
+    if (!context || fsconfig(context.get(), FSCONFIG_CMD_CREATE, nullptr, nullptr, 0) != 0) {
+        return Descriptor();
+    }
+    return Descriptor(fsmount(context.get(), FSMOUNT_CLOEXEC, 0));
+}
+
+std::string readFile(int folder, const char* path) {
+    const Descriptor file(openat(folder, path, O_RDONLY | O_CLOEXEC));
     std::string text(16384, '\0');
     const ssize_t size = file ? read(file.get(), text.data(), text.size()) : 0;
     text.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
@@ -56,17 +73,18 @@ void forget(Map& entries, std::uint64_t before) {
 }  // namespace
 
 ConnectTracer::ConnectTracer() {
-    for (const char* root : {"/sys/kernel/tracing", "/sys/kernel/debug/tracing"}) {
-        const std::string folder = std::string(root) + "/events/sock/inet_sock_set_state/";
-        const auto parsed = parseTraceFormat(readFile(folder + "format"));
-        const std::string id = readFile(folder + "id");
-        std::uint64_t event = 0;
-        std::from_chars(id.data(), id.data() + id.size(), event);
-        if (parsed && event != 0) {
-            layout = *parsed;
-            openRings(event);
-            return;
-        }
+    const Descriptor folder = openTraceFolder();
+    if (!folder) {
+        return;
+    }
+    const auto parsed =
+        parseTraceFormat(readFile(folder.get(), "events/sock/inet_sock_set_state/format"));
+    const std::string id = readFile(folder.get(), "events/sock/inet_sock_set_state/id");
+    std::uint64_t event = 0;
+    std::from_chars(id.data(), id.data() + id.size(), event);
+    if (parsed && event != 0) {
+        layout = *parsed;
+        openRings(event);
     }
 }
 
