@@ -21,7 +21,8 @@ constexpr int tcpSynSent = 2;
 constexpr const char* firstSteps = "newstate==2 || oldstate==2";
 constexpr std::size_t ringPages = 8;           // some 250 connections a processor between readings
 constexpr std::uint64_t rememberedRounds = 8;  // a connection that lived longer was seen in a dump
-constexpr std::uint64_t connectingRounds = 2000;
+constexpr std::uint64_t connectingRounds = 2000;  // a connection may take two minutes to succeed
+constexpr std::uint64_t nameRounds = 600;
 constexpr std::size_t maximumEntries = 16384;
 constexpr std::size_t maximumRecord = 1024;
 
@@ -29,9 +30,10 @@ constexpr std::size_t maximumRecord = 1024;
 // namespace and gone with the descriptor (fsmount(2)).
 Descriptor openTraceFolder() {
     for (const char* path : {"/sys/kernel/tracing", "/sys/kernel/debug/tracing"}) {
-        const std::string events = std::string(path) + "/events";
-        if (access(events.c_str(), X_OK) == 0) {
-            return Descriptor(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        Descriptor folder(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        // Where it is not mounted there is an empty folder. access(2) would ask for the real user.
+        if (folder && faccessat(folder.get(), "events", F_OK, AT_EACCESS) == 0) {
+            return folder;
         }
     }
     const Descriptor context(fsopen("tracefs", FSOPEN_CLOEXEC));
@@ -199,7 +201,7 @@ void ConnectTracer::update() {
 
 void ConnectTracer::forgetOld() {
     forget(connected, round - std::min(round, rememberedRounds));
-    forget(names, round - std::min(round, rememberedRounds));
+    forget(names, round - std::min(round, nameRounds));
     forget(connecting, round - std::min(round, connectingRounds));
 }
 
