@@ -9,6 +9,7 @@
 #include "core/NotificationCenter.h"
 #include "core/TickScheduler.h"
 #include "monitors/cpu/CPUSettings.h"
+#include "monitors/gpu/GPUSettings.h"
 #include "monitors/memory/MemoryModule.h"
 #include "monitors/process/AppIcons.h"
 #include "monitors/process/ProcessSampler.h"
@@ -37,6 +38,7 @@ class AppServices {
     GlobalSettings global;
     CPUSettings cpu;
     MemorySettings memory;
+    GPUSettings gpu;
 };
 
 // The order of the items, kept under "app.itemOrder"; the registry's order until the user changes it.

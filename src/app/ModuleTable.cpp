@@ -2,6 +2,7 @@
 
 #include "app/AppServices.h"
 #include "monitors/cpu/CPUModule.h"
+#include "monitors/gpu/GPUModule.h"
 #include "monitors/memory/MemoryModule.h"
 
 namespace vostel {
@@ -25,6 +26,10 @@ constexpr Row rows[] = {
     {"memory", "Memory Bar", true,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<MemoryModule>(context, s.memory, s.processes);
+     }},
+    {"gpu", "GPU Bar", true,
+     [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
+         return std::make_unique<GPUModule>(context, s.gpu, s.processes);
      }},
 };
 
