@@ -36,7 +36,8 @@ AppServices::AppServices(Platform platformSources, const QString& settingsPath,
       scheduler(*platform.clock),
       global(defaults, notifications),
       cpu(defaults, notifications, global),
-      memory(defaults, notifications, global) {}
+      memory(defaults, notifications, global),
+      network(defaults, notifications, global) {}
 
 ItemOrder::ItemOrder(DefaultsStore& store, QStringList defaultOrder)
     : defaults(store), fallback(std::move(defaultOrder)) {}

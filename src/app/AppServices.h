@@ -10,6 +10,7 @@
 #include "core/TickScheduler.h"
 #include "monitors/cpu/CPUSettings.h"
 #include "monitors/memory/MemoryModule.h"
+#include "monitors/network/NetworkSettings.h"
 #include "monitors/process/AppIcons.h"
 #include "monitors/process/ProcessSampler.h"
 #include "platform/Platform.h"
@@ -37,6 +38,7 @@ class AppServices {
     GlobalSettings global;
     CPUSettings cpu;
     MemorySettings memory;
+    NetworkSettings network;
 };
 
 // The order of the items, kept under "app.itemOrder"; the registry's order until the user changes it.
