@@ -37,7 +37,8 @@ AppServices::AppServices(Platform platformSources, const QString& settingsPath,
       global(defaults, notifications),
       cpu(defaults, notifications, global),
       memory(defaults, notifications, global),
-      gpu(defaults, notifications, global) {}
+      gpu(defaults, notifications, global),
+      network(defaults, notifications, global) {}
 
 ItemOrder::ItemOrder(DefaultsStore& store, QStringList defaultOrder)
     : defaults(store), fallback(std::move(defaultOrder)) {}

@@ -11,6 +11,7 @@
 #include "monitors/cpu/CPUSettings.h"
 #include "monitors/gpu/GPUSettings.h"
 #include "monitors/memory/MemoryModule.h"
+#include "monitors/network/NetworkSettings.h"
 #include "monitors/process/AppIcons.h"
 #include "monitors/process/ProcessSampler.h"
 #include "platform/Platform.h"
@@ -39,6 +40,7 @@ class AppServices {
     CPUSettings cpu;
     MemorySettings memory;
     GPUSettings gpu;
+    NetworkSettings network;
 };
 
 // The order of the items, kept under "app.itemOrder"; the registry's order until the user changes it.

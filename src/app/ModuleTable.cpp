@@ -4,6 +4,7 @@
 #include "monitors/cpu/CPUModule.h"
 #include "monitors/gpu/GPUModule.h"
 #include "monitors/memory/MemoryModule.h"
+#include "monitors/network/NetworkModule.h"
 
 namespace vostel {
 
@@ -19,6 +20,11 @@ struct Row {
 };
 
 constexpr Row rows[] = {
+    {"network", "Network Graph", true,
+     [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
+         return std::make_unique<NetworkModule>(context, s.network,
+                                                NetworkOutside::ofThisMachine(context, s.icons));
+     }},
     {"cpu", "CPU Graph", true,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<CPUModule>(context, s.cpu, s.processes);
