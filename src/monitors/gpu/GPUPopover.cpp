@@ -10,6 +10,7 @@ namespace vostel {
 namespace {
 
 constexpr std::size_t mostCards = 8;
+constexpr int usualApps = 4;
 constexpr double highestRate = 99'999;  // ms/s, of a hundred engines; more is nonsense
 
 QString rateText(double rate) {
@@ -44,7 +45,7 @@ GPUPopover::GPUPopover(GPUViewModel& viewModel, const GPUSettings& gpuSettings,
       renderer(new KeyValueRow(QStringLiteral("Renderer"))),
       tiler(new KeyValueRow(QStringLiteral("Tiler"))),
       inUse(new KeyValueRow(QStringLiteral("In use"))),
-      cardsTitle(new SectionTitle(QStringLiteral("GPUS"))) {
+      cardsTitle(new SectionTitle(QStringLiteral("ALL GPUS"))) {
     absent->setContent(QStringLiteral("gpu"), stateText(GPUState::absent));
     for (QWidget* piece : {static_cast<QWidget*>(absent), static_cast<QWidget*>(note),
                            static_cast<QWidget*>(renderer), static_cast<QWidget*>(tiler),
@@ -55,7 +56,7 @@ GPUPopover::GPUPopover(GPUViewModel& viewModel, const GPUSettings& gpuSettings,
         cards.push_back(new KeyValueRow(QString()));
         add(cards.back());
     }
-    addTopApps(QStringLiteral("No GPU activity"), rateText, std::move(openSettings));
+    addTopApps(QStringLiteral("No GPU activity"), rateText, std::move(openSettings), usualApps);
     follow(model.stats, [this] { showStats(); });
     follow(model.cards, [this] { showCards(); });
     follow(model.state, [this] { showState(); });
@@ -94,7 +95,7 @@ void GPUPopover::showCards() {
     for (const GPUCard& card : list) {
         if (card.shown || list.size() == 1) {
             detail = card.name;
-            if (card.state != GPUState::awake) {
+            if (card.state == GPUState::asleep) {  // the note tells of the other states
                 detail += QStringLiteral(" · ") + stateText(card.state);
             }
         }

@@ -23,9 +23,9 @@ UsagePopover::UsagePopover(const QString& title, const QString& graphName, Usage
 }
 
 void UsagePopover::addTopApps(const QString& placeholder, std::function<QString(double)> format,
-                              std::function<void()> openSettings) {
+                              std::function<void()> openSettings, int reserved) {
     processesTitle = new SectionTitle(QStringLiteral("TOP APPS"));
-    processes = makeTopAppsList(placeholder);
+    processes = makeTopAppsList(placeholder, reserved);
     add(processesTitle);
     add(processes);
     setFooter(makeFooter(std::move(openSettings)));

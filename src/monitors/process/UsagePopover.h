@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/ModuleSettings.h"
+#include "monitors/process/TopApps.h"
 #include "monitors/process/UsageViewModel.h"
 #include "ui/HeaderRow.h"
 #include "ui/LineGraph.h"
@@ -25,9 +26,10 @@ class UsagePopover : public Popover {
                  const ModuleSettings& settings);
 
     // Ends with "TOP APPS" and the footer: call it when the item's own pieces are in.
-    // `placeholder` stands for an empty list, `format` makes the text of a process's value.
+    // `placeholder` stands for an empty list, `format` makes the text of a process's value;
+    // room is kept for `reserved` processes.
     void addTopApps(const QString& placeholder, std::function<QString(double)> format,
-                    std::function<void()> openSettings);
+                    std::function<void()> openSettings, int reserved = TopApps::limit);
 
     // Calls `show` now and at each change of `property`.
     template <typename T>
