@@ -34,6 +34,7 @@ AppServices::AppServices(Platform platformSources, const QString& settingsPath,
       defaults(settingsPath, &background, access),
       isFirstRun(seedFirstRun(defaults)),
       scheduler(*platform.clock),
+      app(defaults, notifications),
       global(defaults, notifications),
       cpu(defaults, notifications, global),
       memory(defaults, notifications, global) {}

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "app/AppSettings.h"
 #include "core/AppContext.h"
 #include "core/Background.h"
 #include "core/DefaultsStore.h"
@@ -34,6 +35,7 @@ class AppServices {
     const bool isFirstRun;
     NotificationCenter notifications;
     TickScheduler scheduler;
+    AppSettings app;
     GlobalSettings global;
     CPUSettings cpu;
     MemorySettings memory;
