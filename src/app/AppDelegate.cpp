@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 
 #include "app/ModuleTable.h"
+#include "app/settings/SettingsSidebar.h"
 
 namespace vostel {
 
@@ -18,9 +19,13 @@ AppDelegate::AppDelegate(AppServices& appServices, StatusBar& statusBar)
               nullptr,
               [this](const QString& panel) { showSettings(panel); },
               [] { QCoreApplication::quit(); }},
-      moduleManager(std::make_unique<ModuleManager>(services.defaults,
-                                                    makeRegistry(services, context))) {
+      moduleManager(
+          std::make_unique<ModuleManager>(services.defaults, makeRegistry(services, context))),
+      settingsWindow(services, context) {
     context.modules = moduleManager.get();
+    moduleManager->onEnabledChanged = [this](const QString&) {
+        services.notifications.post(SettingsSidebar::modulesChanged);
+    };
 }
 
 AppDelegate::~AppDelegate() {
@@ -35,7 +40,7 @@ void AppDelegate::didFinishLaunching() {
 }
 
 void AppDelegate::showSettings(const QString& panel) {
-    Q_UNUSED(panel)
+    settingsWindow.show(panel);
 }
 
 void AppDelegate::willTerminate() {

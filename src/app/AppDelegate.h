@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include "app/AppServices.h"
+#include "app/settings/SettingsWindowController.h"
 #include "core/AppContext.h"
 #include "core/ModuleManager.h"
 
@@ -24,11 +25,13 @@ class AppDelegate : public QObject {
     // Stops every module once and writes the settings.
     void willTerminate();
 
+    // Opens the settings window, at a module's page or at the first one.
     void showSettings(const QString& panel = {});
 
     AppServices& services;
     AppContext context;
     std::unique_ptr<ModuleManager> moduleManager;
+    SettingsWindowController settingsWindow;
 
   private:
     bool terminated = false;

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "app/AppSettings.h"
 #include "core/AppContext.h"
 #include "core/Background.h"
 #include "core/DefaultsStore.h"
@@ -36,6 +37,7 @@ class AppServices {
     const bool isFirstRun;
     NotificationCenter notifications;
     TickScheduler scheduler;
+    AppSettings app;
     GlobalSettings global;
     CPUSettings cpu;
     MemorySettings memory;

@@ -2,8 +2,10 @@
 
 #include "app/AppServices.h"
 #include "monitors/cpu/CPUModule.h"
+#include "monitors/cpu/CPUSettingsPanel.h"
 #include "monitors/gpu/GPUModule.h"
 #include "monitors/memory/MemoryModule.h"
+#include "monitors/memory/MemorySettingsPanel.h"
 #include "monitors/network/NetworkModule.h"
 
 namespace vostel {
@@ -11,12 +13,15 @@ namespace vostel {
 namespace {
 
 using Make = std::unique_ptr<MenubarModule> (*)(AppServices&, AppContext&);
+using MakePanel = SettingsPanel* (*)(AppServices&);
 
 struct Row {
     const char* id;
     const char* title;
     bool defaultEnabled;
     Make make;
+    const char* symbol = "";
+    MakePanel makePanel = nullptr;
 };
 
 constexpr Row rows[] = {
@@ -24,19 +29,31 @@ constexpr Row rows[] = {
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<NetworkModule>(context, s.network,
                                                 NetworkOutside::ofThisMachine(context, s.icons));
-     }},
+     },
+     "network"},
     {"cpu", "CPU Graph", true,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<CPUModule>(context, s.cpu, s.processes);
+     },
+     "cpu",
+     [](AppServices& s) -> SettingsPanel* {
+         const CPUSource::CoreCounts cores = s.platform.cpu->coreCounts();
+         const bool canSplit = cores.performance > 0 && cores.efficiency > 0;
+         return new CPUSettingsPanel(s.cpu, s.notifications, canSplit);
      }},
     {"memory", "Memory Bar", true,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<MemoryModule>(context, s.memory, s.processes);
+     },
+     "memorychip",
+     [](AppServices& s) -> SettingsPanel* {
+         return new MemorySettingsPanel(s.memory, s.notifications);
      }},
     {"gpu", "GPU Bar", true,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<GPUModule>(context, s.gpu, s.processes);
-     }},
+     },
+     "gpu"},
 };
 
 }  // namespace
@@ -50,6 +67,19 @@ std::vector<Registration> makeRegistry(AppServices& services, AppContext& contex
                             }});
     }
     return registry;
+}
+
+std::vector<SettingsPage> modulePages(AppServices& services) {
+    std::vector<SettingsPage> pages;
+    for (const Row& row : rows) {
+        pages.push_back({QLatin1String(row.id), QLatin1String(row.title), QLatin1String(row.symbol),
+                         true, [&services, &row] {
+                             return row.makePanel != nullptr
+                                        ? row.makePanel(services)
+                                        : new SettingsPanel(QLatin1String(row.title));
+                         }});
+    }
+    return pages;
 }
 
 QStringList moduleIds() {

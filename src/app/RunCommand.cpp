@@ -4,25 +4,17 @@
 #include <cstdlib>
 
 #include <QApplication>
-#include <QDir>
-#include <QIcon>
 
 #include "app/AppDelegate.h"
-#include "app/BarChoice.h"
+#include "app/BarSwitch.h"
 #include "app/ModuleTable.h"
 #include "app/SignalWatcher.h"
 #include "app/SingleInstance.h"
-#include "core/Log.h"
 #include "statusbar/DockBar.h"
-#include "statusbar/OffscreenBar.h"
-#include "statusbar/TrayBar.h"
-#include "statusbar/TrayProbe.h"
 
 namespace vostel {
 
 namespace {
-
-const QString barKey = QStringLiteral("app.bar");
 
 // A lost X server ends the process inside the windowing library; what is not written yet is written
 // on that way out, too.
@@ -43,61 +35,6 @@ Display prepareDisplay(std::optional<BarKind> asked) {
     }
     DockBar::prepareProcess();
     return display;
-}
-
-BarKind wantedBar(const CommandLine& commandLine, const DefaultsStore& defaults) {
-    if (commandLine.bar) {
-        return *commandLine.bar;
-    }
-    const QString stored = defaults.values().text(barKey).value_or(QString());
-    return barKindFromText(stored).value_or(BarKind::Automatic);
-}
-
-std::unique_ptr<StatusBar> makeOffscreenBar(const CommandLine& commandLine, ItemOrderStore& order) {
-    OffscreenBarOptions options;
-    options.imagePath = commandLine.imagePath.isEmpty()
-                            ? runtimeFolder() + QStringLiteral("/vostel-bar.png")
-                            : commandLine.imagePath;
-    options.text = stdout;
-    std::printf("The bar is drawn into %s\n", QFile::encodeName(options.imagePath).constData());
-    std::fflush(stdout);
-    return std::make_unique<OffscreenBar>(order, options);
-}
-
-std::unique_ptr<StatusBar> makeBar(BarKind kind, const CommandLine& commandLine, ItemOrderStore& order,
-                                   const TrayHost& host) {
-    if (kind == BarKind::Tray) {
-        TrayBarOptions options;
-        options.host = host;
-        QString error;
-        if (auto bar = TrayBar::make(options, &error)) {
-            return bar;
-        }
-        logLine(error);
-        kind = DockBar::isAvailable() ? BarKind::Dock : BarKind::Offscreen;
-    }
-    if (kind == BarKind::Dock) {
-        return std::make_unique<DockBar>(order, DockBarOptions());
-    }
-    return makeOffscreenBar(commandLine, order);
-}
-
-std::unique_ptr<StatusBar> chooseAndMakeBar(const CommandLine& commandLine, Display display,
-                                            AppServices& services, ItemOrderStore& order) {
-    const BarKind wanted = wantedBar(commandLine, services.defaults);
-    BarSurroundings surroundings{display, false, false};
-    TrayHost host;
-    if (display != Display::None && wanted != BarKind::Offscreen) {
-        host = probeTray(TrayProbeOptions{.busAddress = {}, .proc = services.platform.roots.proc});
-        surroundings.hasTrayHost = host.host;
-        surroundings.hostKeepsWideImages = host.keepsWideImages;
-    }
-    QString complaint;
-    const BarKind kind = chooseBar(wanted, surroundings, &complaint);
-    if (!complaint.isEmpty()) {
-        logLine(QStringLiteral("%1; using the %2 bar").arg(complaint, textOf(kind)));
-    }
-    return makeBar(kind, commandLine, order, host);
 }
 
 }  // namespace
@@ -122,10 +59,13 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
     int status = 0;
     {
         ItemOrder order(services.defaults, itemNames());
-        const auto bar = chooseAndMakeBar(commandLine, display, services, order);
-        AppDelegate delegate(services, *bar);
+        BarSwitch bar(commandLine, display, services, order);
+        AppDelegate delegate(services, bar);
+        bar.willSwitch = [&delegate] { delegate.moduleManager->stopAll(); };
+        bar.didSwitch = [&delegate] { delegate.moduleManager->loadEnabledModules(); };
         SignalWatcher signals;
-        QObject::connect(&signals, &SignalWatcher::quitRequested, &application, &QCoreApplication::quit);
+        QObject::connect(&signals, &SignalWatcher::quitRequested, &application,
+                         &QCoreApplication::quit);
         QObject::connect(&application, &QGuiApplication::commitDataRequest, &delegate,
                          [&services] { services.defaults.flush(); });
         QObject::connect(&instance, &SingleInstance::showSettingsRequested, &delegate,

@@ -79,6 +79,17 @@ class Snapshot {
             save(item->detailPopover()->snapshot(commandLine.scale),
                  id + QStringLiteral("-popover-") + suffix);
         }
+        writeSettings(suffix);
+    }
+
+    void writeSettings(const QString& suffix) {
+        const auto window = delegate.settingsWindow.makeWindow();
+        for (const QString& id : window->pageIds()) {
+            if (commandLine.module.isEmpty() || commandLine.module == id) {
+                save(window->snapshot(id, commandLine.scale),
+                     QStringLiteral("settings-%1-%2").arg(id, suffix));
+            }
+        }
     }
 
     void save(const QImage& image, const QString& name) {

@@ -123,6 +123,7 @@ void ItemModule::render() {
     } else if (embedded && onImageChanged) {
         onImageChanged();
     }
+    Q_EMIT rendered();
 }
 
 void ItemModule::handleClick(const StatusItemClick& click) {

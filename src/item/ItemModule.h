@@ -52,6 +52,9 @@ class ItemModule : public QObject, public EmbeddableModule {
     // Samples, appends to the history, updates the view model, renders.
     virtual void tick() = 0;
 
+  Q_SIGNALS:
+    void rendered();  // there is a new image
+
   protected:
     ItemModule(AppContext& context, ItemIdentity identity, ModuleSettings& settings);
 

@@ -1,0 +1,96 @@
+#include "app/settings/GeneralSettingsPanel.h"
+
+#include "app/BarSwitch.h"
+#include "ui/settings/ButtonRow.h"
+#include "ui/settings/ChoiceRow.h"
+#include "ui/settings/SliderRow.h"
+#include "ui/settings/ToggleRow.h"
+
+namespace vostel {
+
+namespace {
+
+// Where the items are shown, and where that is at the moment.
+class BarRow : public ChoiceRow {
+  public:
+    BarRow(Binding<QString> kind, const StatusBar& statusBar)
+        : ChoiceRow(QStringLiteral("Show Items In"),
+                    {{QStringLiteral("auto"), QStringLiteral("Automatic")},
+                     {QStringLiteral("dock"), QStringLiteral("Own Bar")},
+                     {QStringLiteral("tray"), QStringLiteral("Tray")},
+                     {QStringLiteral("offscreen"), QStringLiteral("Image File")}},
+                    std::move(kind)),
+          bar(dynamic_cast<const BarSwitch*>(&statusBar)) {
+        BarRow::refresh();
+    }
+
+    void refresh() override {
+        ChoiceRow::refresh();
+        if (bar == nullptr) {
+            return;
+        }
+        switch (bar->kind()) {
+            case BarKind::Tray:
+                setHint(QStringLiteral("Now in the desktop's tray."));
+                break;
+            case BarKind::Offscreen:
+                setHint(QStringLiteral("Now drawn into an image file."));
+                break;
+            case BarKind::Dock:
+            case BarKind::Automatic:
+                setHint(QStringLiteral("Now in Vostel's own bar."));
+                break;
+        }
+    }
+
+  private:
+    const BarSwitch* bar;  // null where the bar cannot change
+};
+
+}  // namespace
+
+GeneralSettingsPanel::GeneralSettingsPanel(AppServices& services, AppContext& context)
+    : SettingsPanel(QStringLiteral("General")) {
+    addStartupSection(services.app);
+    addBarSection(services.app, context);
+    addAboutSection(context);
+    follow(services.notifications, {AppSettings::changeNotification});
+}
+
+void GeneralSettingsPanel::addStartupSection(AppSettings& settings) {
+    addSection(QStringLiteral("Startup"));
+    auto* dock = new ToggleRow(QStringLiteral("Show Dock Icon"), bound(settings.showDock));
+    dock->setHint(QStringLiteral("Keeps an entry in the taskbar while this window is closed."));
+    addRow(dock);
+}
+
+void GeneralSettingsPanel::addBarSection(AppSettings& settings, AppContext& context) {
+    addSection(QStringLiteral("Bar"));
+    addRow(new BarRow(bound(settings.bar), context.statusBar));
+    addRow(new ChoiceRow(QStringLiteral("Screen Edge"),
+                         {{QStringLiteral("top"), QStringLiteral("Top")},
+                          {QStringLiteral("bottom"), QStringLiteral("Bottom")}},
+                         bound(settings.barEdge)));
+    addRow(new SliderRow(QStringLiteral("Bar Thickness: "),
+                         {AppSettings::thinnest, AppSettings::thickest, 1},
+                         bound(settings.barThickness)));
+    addRow(new ChoiceRow(QStringLiteral("Bar Appearance"),
+                         {{QStringLiteral("dark"), QStringLiteral("Dark")},
+                          {QStringLiteral("light"), QStringLiteral("Light")},
+                          {QStringLiteral("auto"), QStringLiteral("Automatic")}},
+                         bound(settings.barAppearance)));
+    addNote(QStringLiteral("Edge, thickness and appearance are those of Vostel's own bar."));
+}
+
+void GeneralSettingsPanel::addAboutSection(AppContext& context) {
+    addSection(QStringLiteral("About"));
+    auto* about =
+        new ButtonRow(QStringLiteral("Vostel"), QStringLiteral("Quit Vostel"), context.quit);
+    about->setHint(QStringLiteral("Version " VOSTEL_VERSION "\nMenu-bar system & usage monitor"));
+    addRow(about);
+    addNote(QStringLiteral(
+        "Toggle modules on/off in the sidebar. ⌘-drag a menu-bar item to reorder it."));
+    addNote(QStringLiteral("The ⌘ key is Ctrl here."));
+}
+
+}  // namespace vostel

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "monitors/cpu/CPUSettings.h"
+#include "ui/settings/SettingsPanel.h"
+
+namespace vostel {
+
+// The page of the CPU item.
+class CPUSettingsPanel : public SettingsPanel {
+    Q_OBJECT
+
+  public:
+    // `settings` outlives the panel. `canSplit`: the machine has processors of two kinds.
+    CPUSettingsPanel(CPUSettings& settings, NotificationCenter& notifications, bool canSplit);
+};
+
+}  // namespace vostel

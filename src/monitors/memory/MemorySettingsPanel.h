@@ -1,0 +1,17 @@
+#pragma once
+
+#include "monitors/memory/MemoryModule.h"
+#include "ui/settings/SettingsPanel.h"
+
+namespace vostel {
+
+// The page of the memory item.
+class MemorySettingsPanel : public SettingsPanel {
+    Q_OBJECT
+
+  public:
+    // `settings` outlives the panel.
+    MemorySettingsPanel(MemorySettings& settings, NotificationCenter& notifications);
+};
+
+}  // namespace vostel

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QSlider>
+
+namespace vostel {
+
+// A horizontal slider in the look of the settings.
+class ThinSlider : public QSlider {
+    Q_OBJECT
+
+  public:
+    explicit ThinSlider(const QString& accessibleName, QWidget* parent = nullptr);
+
+    QSize sizeHint() const override;
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+}  // namespace vostel
