@@ -44,7 +44,6 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
     QApplication::setDesktopFileName(QStringLiteral("com.vostel.app"));
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("vostel"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Vostel"));
     QApplication::setQuitOnLastWindowClosed(false);
 
     SingleInstance instance(runtimeFolder());
