@@ -21,11 +21,15 @@ AppDelegate::AppDelegate(AppServices& appServices, StatusBar& statusBar)
               [] { QCoreApplication::quit(); }},
       moduleManager(
           std::make_unique<ModuleManager>(services.defaults, makeRegistry(services, context))),
-      settingsWindow(services, context) {
+      settingsWindow(services, context),
+      dockIcon(services.app, settingsWindow, [this] { showSettings(); }) {
     context.modules = moduleManager.get();
     moduleManager->onEnabledChanged = [this](const QString&) {
         services.notifications.post(SettingsSidebar::modulesChanged);
     };
+    settingsWindow.onOpenChanged = [this] { dockIcon.apply(); };
+    subscription = services.notifications.subscribe(AppSettings::changeNotification,
+                                                    [this] { dockIcon.apply(); });
 }
 
 AppDelegate::~AppDelegate() {
@@ -34,6 +38,7 @@ AppDelegate::~AppDelegate() {
 
 void AppDelegate::didFinishLaunching() {
     moduleManager->loadEnabledModules();
+    dockIcon.apply();
     if (services.isFirstRun) {
         showSettings();
     }

@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include "app/AppServices.h"
+#include "app/DockIcon.h"
 #include "app/settings/SettingsWindowController.h"
 #include "core/AppContext.h"
 #include "core/ModuleManager.h"
@@ -32,8 +33,10 @@ class AppDelegate : public QObject {
     AppContext context;
     std::unique_ptr<ModuleManager> moduleManager;
     SettingsWindowController settingsWindow;
+    DockIcon dockIcon;
 
   private:
+    NotificationCenter::Subscription subscription;
     bool terminated = false;
 };
 

@@ -56,7 +56,8 @@ class Snapshot {
     }
 
     void write(Appearance appearance) {
-        const QString suffix = appearance == Appearance::Dark ? QStringLiteral("dark") : QStringLiteral("light");
+        const QString suffix =
+            appearance == Appearance::Dark ? QStringLiteral("dark") : QStringLiteral("light");
         OffscreenBarOptions options = bar.options();
         options.scale = commandLine.scale;
         options.appearance = appearance;
@@ -67,7 +68,8 @@ class Snapshot {
         }
         for (ItemModule* item : items()) {
             const QString id = item->identity().id;
-            const ImageContext context{appearance, ImageShape::Wide, commandLine.scale, bar.thickness()};
+            const ImageContext context{appearance, ImageShape::Wide, commandLine.scale,
+                                       bar.thickness()};
             if (const auto image = item->menubarImage(context)) {
                 save(tinted(*image, appearance), id + QStringLiteral("-item-") + suffix);
             }
@@ -124,9 +126,8 @@ int runSnapshot(const CommandLine& commandLine, int& argc, char** argv) {
     }
     Snapshot snapshot(commandLine, delegate, bar);
     snapshot.begin();
-    QTimer::singleShot(livingMilliseconds, &application, [&] {
-        QCoreApplication::exit(snapshot.writeAll() ? 0 : 1);
-    });
+    QTimer::singleShot(livingMilliseconds, &application,
+                       [&] { QCoreApplication::exit(snapshot.writeAll() ? 0 : 1); });
     return QApplication::exec();
 }
 

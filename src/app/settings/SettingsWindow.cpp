@@ -20,7 +20,7 @@ namespace vostel {
 
 namespace {
 
-constexpr QSize firstSize(860, 600);
+constexpr QSize firstSize(860, 620);
 constexpr QSize leastSize(700, 420);
 constexpr int frameRoom = 40;  // what a window manager puts around a window, at most
 
@@ -119,10 +119,10 @@ void SettingsWindow::search(const QStringList& words) {
 
 QImage SettingsWindow::snapshot(const QString& id, double scale) {
     select(id);
-    ensurePolished();
+    setAttribute(Qt::WA_DontShowOnScreen);
+    show();  // an unshown window does not lay out what it holds
     resize(firstSize);
-    for (int pass = 0; pass < 2; ++pass) {  // the width is known only after the first
-        layout()->activate();
+    for (int pass = 0; pass < 2; ++pass) {  // texts that wrap know their height in the second
         QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
         resize(width(), std::max(firstSize.height(), panel(id)->fullHeight(stack->width())));
     }

@@ -34,6 +34,7 @@ HexColorField::HexColorField(const QString& fieldName, QWidget* parent)
     setFixedWidth(SettingsLook::valueWidth);
     offLabel->setForegroundRole(QPalette::PlaceholderText);
     offLabel->setTextFormat(Qt::PlainText);
+    offLabel->setContentsMargins(7, 0, 0, 0);  // where a field's text stands
     offLabel->hide();
     connect(field, &QLineEdit::textEdited, this, &HexColorField::typed);
     connect(field, &QLineEdit::editingFinished, this, &HexColorField::finishTyping);

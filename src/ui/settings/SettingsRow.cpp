@@ -38,6 +38,7 @@ void SettingsRow::setTitle(const QString& text) {
 void SettingsRow::setHint(const QString& text) {
     hintLabel->setText(text);
     hintLabel->setVisible(!text.isEmpty());
+    setMinimumHeight(SettingsLook::rowHeight + (text.isEmpty() ? 0 : 10));
 }
 
 QString SettingsRow::searchText() const {

@@ -18,6 +18,9 @@ TextField::TextField(const QString& name, QWidget* parent) : QLineEdit(parent) {
     setAttribute(Qt::WA_MacShowFocusRect, false);
     setTextMargins(padding, 0, padding, 0);
     setAutoFillBackground(false);
+    QPalette clear;  // the box is painted here
+    clear.setColor(QPalette::Base, Qt::transparent);
+    setPalette(clear);
 }
 
 void TextField::setComplaint(const QString& complaint) {

@@ -1,0 +1,187 @@
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QScrollArea>
+#include <QSlider>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "app/AppDelegate.h"
+#include "app/ModuleTable.h"
+#include "app/settings/SettingsSidebar.h"
+#include "app/settings/SettingsWindow.h"
+#include "app/settings/SidebarRow.h"
+#include "item/ItemModule.h"
+#include "statusbar/OffscreenBar.h"
+#include "ui/settings/SettingsPanel.h"
+#include "ui/settings/SettingsRow.h"
+#include "ui/settings/TextField.h"
+
+namespace vostel {
+namespace {
+
+class SettingsWindowTest : public testing::Test {
+  protected:
+    SettingsWindowTest() { delegate.moduleManager->loadEnabledModules(); }
+
+    SettingsWindow* open(const char* page = "") {
+        delegate.showSettings(QLatin1String(page));
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            auto* window = qobject_cast<SettingsWindow*>(widget);
+            if (window != nullptr && window->isVisible() && QTest::qWaitForWindowActive(window)) {
+                return window;
+            }
+        }
+        ADD_FAILURE() << "no settings window";
+        std::abort();
+    }
+    static SidebarRow* row(SettingsWindow* window, const char* id) {
+        for (SidebarRow* each : window->findChildren<SidebarRow*>()) {
+            if (each->id() == QLatin1String(id)) {
+                return each;
+            }
+        }
+        return nullptr;
+    }
+    static QStringList foundRows(SettingsPanel* panel) {
+        QStringList titles;
+        for (const SettingsRow* each : panel->findChildren<SettingsRow*>()) {
+            if (each->isFound()) {
+                titles << each->title();
+            }
+        }
+        return titles;
+    }
+
+    QTemporaryDir folder;
+    AppServices services{makeLinuxPlatform(SystemRoots::ofThisMachine()),
+                         folder.filePath(QStringLiteral("s.plist"))};
+    ItemOrder order{services.defaults, itemNames()};
+    OffscreenBar bar{order};
+    AppDelegate delegate{services, bar};
+};
+
+TEST_F(SettingsWindowTest, opensAtAPageAndGoesWhenItCloses) {
+    QPointer<SettingsWindow> window = open("memory");
+    EXPECT_EQ(window->selected(), QStringLiteral("memory"));
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Vostel Settings"));
+    EXPECT_EQ(open("cpu"), window.data()) << "one window only";
+    EXPECT_EQ(window->selected(), QStringLiteral("cpu"));
+    open("no such page");
+    EXPECT_EQ(window->selected(), QStringLiteral("cpu"));
+    window->resize(770, 555);
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_FALSE(delegate.settingsWindow.isOpen());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(window.isNull());
+    EXPECT_EQ(open()->size(), QSize(770, 555));
+}
+
+// Catches controls that only the mouse reaches, places that the keyboard does not leave, and
+// controls without a name.
+TEST_F(SettingsWindowTest, tabReachesEveryControlOfEveryPage) {
+    SettingsWindow* window = open();
+    for (const QString& id : window->pageIds()) {
+        window->select(id);
+        std::set<QWidget*> wanted;
+        for (QWidget* each : window->findChildren<QWidget*>()) {
+            auto* button = qobject_cast<QAbstractButton*>(each);
+            const bool isControl =
+                button != nullptr || qobject_cast<TextField*>(each) || qobject_cast<QSlider*>(each);
+            if (!isControl || !each->isVisible() || !each->isEnabled()) {
+                continue;
+            }
+            EXPECT_FALSE(each->accessibleName().isEmpty()) << each->metaObject()->className();
+            // The arrows reach what is not chosen.
+            if (button == nullptr || !button->autoExclusive() || button->isChecked()) {
+                wanted.insert(each);
+            }
+        }
+        QWidget* first = QApplication::focusWidget();
+        for (int steps = 0; steps < 100; ++steps) {
+            QTest::keyClick(window, Qt::Key_Tab);
+            QWidget* now = QApplication::focusWidget();
+            ASSERT_NE(now, nullptr);
+            wanted.erase(now);
+            if (now == first) {
+                break;
+            }
+            first = first != nullptr ? first : now;
+        }
+        for (const QWidget* left : wanted) {
+            ADD_FAILURE() << id.toStdString() << ": " << left->accessibleName().toStdString();
+        }
+    }
+}
+
+TEST_F(SettingsWindowTest, theSidebarChoosesWithArrowsAndSwitchesModules) {
+    SettingsWindow* window = open("general");
+    row(window, "general")->setFocus();
+    for (const char* expected : {"appearance", "cpu", "memory"}) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+        EXPECT_EQ(window->selected(), QLatin1String(expected));
+    }
+    auto* toggle = row(window, "cpu")->findChild<QAbstractButton*>();
+    ASSERT_TRUE(toggle->isChecked());
+    QTest::mouseClick(toggle, Qt::LeftButton);
+    EXPECT_EQ(delegate.moduleManager->running(QStringLiteral("cpu")), nullptr);
+    EXPECT_EQ(window->selected(), QStringLiteral("memory")) << "the switch is not the row";
+    delegate.moduleManager->setEnabled(true, QStringLiteral("cpu"));  // as the Modules menu does
+    EXPECT_TRUE(toggle->isChecked());
+}
+
+TEST_F(SettingsWindowTest, aChangeShowsInTheBarAndInTheMiniature) {
+    SettingsWindow* window = open("cpu");
+    const QImage barBefore = bar.image();
+    const QImage rowBefore = row(window, "cpu")->grab().toImage();
+    services.cpu.showGraph = !services.cpu.showGraph();
+    QCoreApplication::processEvents();
+    EXPECT_NE(bar.image(), barBefore);
+    EXPECT_NE(row(window, "cpu")->grab().toImage(), rowBefore);
+}
+
+TEST_F(SettingsWindowTest, searchFindsASettingByItsWords) {
+    SettingsWindow* window = open("general");
+    auto* search = window->findChild<SettingsSidebar*>()->findChild<TextField*>();
+    const struct {
+        const char* typed;
+        QStringList pages;
+        const char* shown;
+        QStringList rows;
+    } rows[] = {
+        {"efficiency color",
+         {QStringLiteral("cpu")},
+         "cpu",
+         {QStringLiteral("Efficiency Core Color")}},
+        {"colour TEXT",
+         {QStringLiteral("appearance"), QStringLiteral("cpu"), QStringLiteral("memory")},
+         "cpu",
+         {QStringLiteral("Text Color")}},
+        {"taskbar", {QStringLiteral("general")}, "general", {QStringLiteral("Show Dock Icon")}},
+        {"memory", {QStringLiteral("memory")}, "memory", {}},
+        {"no such words", {}, nullptr, {}},
+    };
+    for (const auto& each : rows) {
+        search->setFocus();
+        search->selectAll();
+        QTest::keyClicks(search, QLatin1String(each.typed));
+        for (const QString& id : window->pageIds()) {
+            EXPECT_EQ(row(window, id.toLatin1().constData())->isVisible(), each.pages.contains(id))
+                << each.typed << " " << id.toStdString();
+        }
+        if (each.shown != nullptr) {
+            EXPECT_EQ(window->selected(), QLatin1String(each.shown)) << each.typed;
+        }
+        EXPECT_EQ(foundRows(window->panel(window->selected())), each.rows) << each.typed;
+    }
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_TRUE(search->text().isEmpty());
+    EXPECT_TRUE(window->isVisible()) << "the first Escape ends the search";
+    EXPECT_TRUE(row(window, "general")->isVisible());
+}
+
+}  // namespace
+}  // namespace vostel
