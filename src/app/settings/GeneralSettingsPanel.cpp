@@ -1,6 +1,7 @@
 #include "app/settings/GeneralSettingsPanel.h"
 
 #include "app/BarSwitch.h"
+#include "app/LoginItem.h"
 #include "ui/settings/ButtonRow.h"
 #include "ui/settings/ChoiceRow.h"
 #include "ui/settings/SliderRow.h"
@@ -59,9 +60,18 @@ GeneralSettingsPanel::GeneralSettingsPanel(AppServices& services, AppContext& co
 
 void GeneralSettingsPanel::addStartupSection(AppSettings& settings) {
     addSection(QStringLiteral("Startup"));
+    addRow(new ToggleRow(QStringLiteral("Launch at Login"),
+                         {[] { return LoginItem::ofThisProgram().isEnabled(); },
+                          [](bool on) { LoginItem::ofThisProgram().apply(on); }}));
     auto* dock = new ToggleRow(QStringLiteral("Show Dock Icon"), bound(settings.showDock));
     dock->setHint(QStringLiteral("Keeps an entry in the taskbar while this window is closed."));
     addRow(dock);
+    auto* slow =
+        new ToggleRow(QStringLiteral("Slow Down on Battery"), bound(settings.slowOnBattery));
+    slow->setHint(
+        QStringLiteral("Doubles every refresh interval while the machine runs on battery."));
+    slow->setKeywords(QStringLiteral("power energy"));
+    addRow(slow);
 }
 
 void GeneralSettingsPanel::addBarSection(AppSettings& settings, AppContext& context) {
