@@ -14,14 +14,17 @@ namespace vostel {
 
 namespace {
 
-std::unique_ptr<StatusBar> makeOffscreenBar(const CommandLine& commandLine, ItemOrderStore& order) {
+std::unique_ptr<StatusBar> makeOffscreenBar(const CommandLine& commandLine, Display display,
+                                            ItemOrderStore& order) {
     OffscreenBarOptions options;
     options.imagePath = commandLine.imagePath.isEmpty()
                             ? runtimeFolder() + QStringLiteral("/vostel-bar.png")
                             : commandLine.imagePath;
     options.text = stdout;
-    std::printf("No display: the bar is drawn into %s\n",
-                QFile::encodeName(options.imagePath).constData());
+    std::printf(
+        "%s %s\n",
+        display == Display::None ? "No display: the bar is drawn into" : "The bar is drawn into",
+        QFile::encodeName(options.imagePath).constData());
     std::fflush(stdout);
     return std::make_unique<OffscreenBar>(order, options);
 }
@@ -79,7 +82,7 @@ void BarSwitch::open(BarKind wanted) {
         return;
     }
     shown = BarKind::Offscreen;
-    bar = makeOffscreenBar(commandLine, order);
+    bar = makeOffscreenBar(commandLine, display, order);
 }
 
 void BarSwitch::settingsChanged() {

@@ -2,6 +2,7 @@
 
 #include "app/BarSwitch.h"
 #include "app/LoginItem.h"
+#include "statusbar/TrayBar.h"
 #include "ui/settings/ButtonRow.h"
 #include "ui/settings/ChoiceRow.h"
 #include "ui/settings/SliderRow.h"
@@ -31,9 +32,14 @@ class BarRow : public ChoiceRow {
             return;
         }
         switch (bar->kind()) {
-            case BarKind::Tray:
-                setHint(QStringLiteral("Now in the desktop's tray."));
+            case BarKind::Tray: {
+                const auto* tray = dynamic_cast<const TrayBar*>(&bar->current());
+                setHint(
+                    tray != nullptr && !tray->hasWatcher()
+                        ? QStringLiteral("No tray is running: the items appear when one starts.")
+                        : QStringLiteral("Now in the desktop's tray."));
                 break;
+            }
             case BarKind::Offscreen:
                 setHint(QStringLiteral("Now drawn into an image file."));
                 break;
