@@ -7,6 +7,12 @@
 
 namespace vostel {
 
+namespace {
+
+constexpr double batteryFactor = 2;  // of every interval
+
+}  // namespace
+
 AppDelegate::AppDelegate(AppServices& appServices, StatusBar& statusBar)
     : services(appServices),
       context{services.platform,
@@ -29,7 +35,7 @@ AppDelegate::AppDelegate(AppServices& appServices, StatusBar& statusBar)
     };
     settingsWindow.onOpenChanged = [this] { dockIcon.apply(); };
     subscription = services.notifications.subscribe(AppSettings::changeNotification,
-                                                    [this] { dockIcon.apply(); });
+                                                    [this] { settingsChanged(); });
 }
 
 AppDelegate::~AppDelegate() {
@@ -38,9 +44,23 @@ AppDelegate::~AppDelegate() {
 
 void AppDelegate::didFinishLaunching() {
     moduleManager->loadEnabledModules();
-    dockIcon.apply();
+    settingsChanged();
     if (services.isFirstRun) {
         showSettings();
+    }
+}
+
+void AppDelegate::settingsChanged() {
+    dockIcon.apply();
+    const bool wanted = services.app.slowOnBattery();
+    if (wanted && !battery) {
+        battery =
+            std::make_unique<BatteryWatch>(QDBusConnection::systemBus(), [this](bool onBattery) {
+                services.scheduler.setIntervalFactor(onBattery ? batteryFactor : 1);
+            });
+    } else if (!wanted && battery) {
+        battery.reset();
+        services.scheduler.setIntervalFactor(1);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include "app/AppServices.h"
+#include "app/BatteryWatch.h"
 #include "app/DockIcon.h"
 #include "app/settings/SettingsWindowController.h"
 #include "core/AppContext.h"
@@ -36,6 +37,9 @@ class AppDelegate : public QObject {
     DockIcon dockIcon;
 
   private:
+    void settingsChanged();
+
+    std::unique_ptr<BatteryWatch> battery;  // while the settings want to know
     NotificationCenter::Subscription subscription;
     bool terminated = false;
 };

@@ -4,9 +4,11 @@
 #include "monitors/cpu/CPUModule.h"
 #include "monitors/cpu/CPUSettingsPanel.h"
 #include "monitors/gpu/GPUModule.h"
+#include "monitors/gpu/GPUSettingsPanel.h"
 #include "monitors/memory/MemoryModule.h"
 #include "monitors/memory/MemorySettingsPanel.h"
 #include "monitors/network/NetworkModule.h"
+#include "monitors/network/NetworkSettingsPanel.h"
 
 namespace vostel {
 
@@ -20,8 +22,8 @@ struct Row {
     const char* title;
     bool defaultEnabled;
     Make make;
-    const char* symbol = "";
-    MakePanel makePanel = nullptr;
+    const char* symbol;
+    MakePanel makePanel;
 };
 
 constexpr Row rows[] = {
@@ -30,7 +32,10 @@ constexpr Row rows[] = {
          return std::make_unique<NetworkModule>(context, s.network,
                                                 NetworkOutside::ofThisMachine(context, s.icons));
      },
-     "network"},
+     "network",
+     [](AppServices& s) -> SettingsPanel* {
+         return new NetworkSettingsPanel(s.network, s.notifications);
+     }},
     {"cpu", "CPU Graph", true,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<CPUModule>(context, s.cpu, s.processes);
@@ -53,7 +58,8 @@ constexpr Row rows[] = {
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<GPUModule>(context, s.gpu, s.processes);
      },
-     "gpu"},
+     "gpu",
+     [](AppServices& s) -> SettingsPanel* { return new GPUSettingsPanel(s.gpu, s.notifications); }},
 };
 
 }  // namespace
@@ -73,11 +79,7 @@ std::vector<SettingsPage> modulePages(AppServices& services) {
     std::vector<SettingsPage> pages;
     for (const Row& row : rows) {
         pages.push_back({QLatin1String(row.id), QLatin1String(row.title), QLatin1String(row.symbol),
-                         true, [&services, &row] {
-                             return row.makePanel != nullptr
-                                        ? row.makePanel(services)
-                                        : new SettingsPanel(QLatin1String(row.title));
-                         }});
+                         true, [&services, &row] { return row.makePanel(services); }});
     }
     return pages;
 }

@@ -1,6 +1,8 @@
 #include "app/settings/GeneralSettingsPanel.h"
 
 #include "app/BarSwitch.h"
+#include "app/LoginItem.h"
+#include "statusbar/TrayBar.h"
 #include "ui/settings/ButtonRow.h"
 #include "ui/settings/ChoiceRow.h"
 #include "ui/settings/SliderRow.h"
@@ -30,9 +32,14 @@ class BarRow : public ChoiceRow {
             return;
         }
         switch (bar->kind()) {
-            case BarKind::Tray:
-                setHint(QStringLiteral("Now in the desktop's tray."));
+            case BarKind::Tray: {
+                const auto* tray = dynamic_cast<const TrayBar*>(&bar->current());
+                setHint(
+                    tray != nullptr && !tray->hasWatcher()
+                        ? QStringLiteral("No tray is running: the items appear when one starts.")
+                        : QStringLiteral("Now in the desktop's tray."));
                 break;
+            }
             case BarKind::Offscreen:
                 setHint(QStringLiteral("Now drawn into an image file."));
                 break;
@@ -59,9 +66,18 @@ GeneralSettingsPanel::GeneralSettingsPanel(AppServices& services, AppContext& co
 
 void GeneralSettingsPanel::addStartupSection(AppSettings& settings) {
     addSection(QStringLiteral("Startup"));
+    addRow(new ToggleRow(QStringLiteral("Launch at Login"),
+                         {[] { return LoginItem::ofThisProgram().isEnabled(); },
+                          [](bool on) { LoginItem::ofThisProgram().apply(on); }}));
     auto* dock = new ToggleRow(QStringLiteral("Show Dock Icon"), bound(settings.showDock));
     dock->setHint(QStringLiteral("Keeps an entry in the taskbar while this window is closed."));
     addRow(dock);
+    auto* slow =
+        new ToggleRow(QStringLiteral("Slow Down on Battery"), bound(settings.slowOnBattery));
+    slow->setHint(
+        QStringLiteral("Doubles every refresh interval while the machine runs on battery."));
+    slow->setKeywords(QStringLiteral("power energy"));
+    addRow(slow);
 }
 
 void GeneralSettingsPanel::addBarSection(AppSettings& settings, AppContext& context) {

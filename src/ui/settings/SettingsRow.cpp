@@ -21,8 +21,10 @@ SettingsRow::SettingsRow(const QString& title, QWidget* parent)
     hintLabel->hide();
     auto* texts = new QVBoxLayout;
     texts->setSpacing(1);
+    texts->addStretch();
     texts->addWidget(titleLabel);
     texts->addWidget(hintLabel);
+    texts->addStretch();
     line = new QHBoxLayout(this);
     line->setContentsMargins(SettingsLook::rowMargin, 4, SettingsLook::rowMargin - 3, 4);
     line->setSpacing(8);
