@@ -3,11 +3,19 @@
 // alone. "Walk" is what a card without a counter of its own costs every 5 s.
 #include <benchmark/benchmark.h>
 
+#include <QApplication>
+
+#include "core/Background.h"
+#include "core/DefaultsStore.h"
+#include "core/GlobalSettings.h"
+#include "monitors/gpu/GPUModule.h"
 #include "monitors/gpu/GPUMonitor.h"
+#include "platform/Platform.h"
 #include "platform/linux/DrmGPUSource.h"
 #include "platform/linux/DrmWalker.h"
 #include "platform/linux/NvidiaGPUSource.h"
 #include "platform/tests/GPUTree.h"
+#include "statusbar/OffscreenBar.h"
 
 namespace vostel {
 namespace {
@@ -115,7 +123,78 @@ void realWalk(benchmark::State& state) {
 BENCHMARK(builtWalk)->Arg(1)->Arg(5)->Unit(benchmark::kMicrosecond);
 BENCHMARK(realWalk)->Arg(1)->Arg(5)->Unit(benchmark::kMicrosecond);
 
+// The desktop's source without its thread, and with a load that changes at every reading.
+class Unsteady : public GPUSource {
+  public:
+    bool isSlow(const GPURequest&) override { return false; }
+    GPUReading read(const GPURequest& request) override {
+        GPUReading reading = drm.read(request);
+        for (GPUAccelerator& accelerator : reading.accelerators) {
+            accelerator.statistics.emplace().device = load = load > 90 ? 0 : load + 7;
+        }
+        return reading;
+    }
+
+  private:
+    DrmGPUSource drm{desktop().roots()};
+    double load = 0;
+};
+
+class BenchClock : public Clock {
+  public:
+    double seconds() const override { return ++now; }
+    std::chrono::system_clock::time_point calendar() const override { return {}; }
+
+  private:
+    mutable double now = 0;
+};
+
+class NoOrder : public ItemOrderStore {
+  public:
+    QStringList itemOrder() const override { return {}; }
+    void setItemOrder(const QStringList&) override {}
+};
+
+// The item's whole tick: source, figures, image; `range(0)`: the popover is open.
+void moduleTick(benchmark::State& state) {
+    Platform platform = makeNullPlatform();
+    platform.clock = std::make_unique<BenchClock>();
+    platform.gpu = {std::make_shared<Unsteady>()};
+    AppIcons icons{SystemRoots()};
+    Background background;
+    ProcessSampler processes(background, *platform.processes, *platform.clock, icons);
+    DefaultsStore store(QStringLiteral("/nonexistent/settings"), nullptr,
+                        DefaultsStore::Access::ReadOnly);
+    NotificationCenter center;
+    TickScheduler scheduler(*platform.clock);
+    GlobalSettings global(store, center);
+    GPUSettings settings(store, center, global);
+    NoOrder order;
+    OffscreenBar bar(order);
+    AppContext context{platform, background, scheduler, store, center,
+                       global,   bar,        nullptr,   {},    {}};
+    GPUModule module(context, settings, processes);
+    module.start();
+    if (state.range(0) != 0) {
+        module.detailPopover();
+        module.detailPopoverWillShow();
+    }
+    for (int i = 0; i < 10; ++i) {
+        module.tick();
+    }
+    for (auto _ : state) {
+        module.tick();
+    }
+    module.stop();
+}
+BENCHMARK(moduleTick)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
+
 }  // namespace
 }  // namespace vostel
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}

@@ -4,6 +4,7 @@
 #include <linux/perf_event.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <sys/mount.h>
 #include <sys/syscall.h>
 
 #include <algorithm>
@@ -20,12 +21,30 @@ constexpr int tcpSynSent = 2;
 constexpr const char* firstSteps = "newstate==2 || oldstate==2";
 constexpr std::size_t ringPages = 8;           // some 250 connections a processor between readings
 constexpr std::uint64_t rememberedRounds = 8;  // a connection that lived longer was seen in a dump
-constexpr std::uint64_t connectingRounds = 2000;
+constexpr std::uint64_t connectingRounds = 2000;  // a connection may take two minutes to succeed
+constexpr std::uint64_t nameRounds = 600;
 constexpr std::size_t maximumEntries = 16384;
 constexpr std::size_t maximumRecord = 1024;
 
-std::string readFile(const std::string& path) {
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+// The tracing file system: where it is mounted, else mounted for this process alone, in no
+// namespace and gone with the descriptor (fsmount(2)).
+Descriptor openTraceFolder() {
+    for (const char* path : {"/sys/kernel/tracing", "/sys/kernel/debug/tracing"}) {
+        Descriptor folder(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        // Where it is not mounted there is an empty folder. access(2) would ask for the real user.
+        if (folder && faccessat(folder.get(), "events", F_OK, AT_EACCESS) == 0) {
+            return folder;
+        }
+    }
+    const Descriptor context(fsopen("tracefs", FSOPEN_CLOEXEC));
+    if (!context || fsconfig(context.get(), FSCONFIG_CMD_CREATE, nullptr, nullptr, 0) != 0) {
+        return Descriptor();
+    }
+    return Descriptor(fsmount(context.get(), FSMOUNT_CLOEXEC, 0));
+}
+
+std::string readFile(int folder, const char* path) {
+    const Descriptor file(openat(folder, path, O_RDONLY | O_CLOEXEC));
     std::string text(16384, '\0');
     const ssize_t size = file ? read(file.get(), text.data(), text.size()) : 0;
     text.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
@@ -56,17 +75,18 @@ void forget(Map& entries, std::uint64_t before) {
 }  // namespace
 
 ConnectTracer::ConnectTracer() {
-    for (const char* root : {"/sys/kernel/tracing", "/sys/kernel/debug/tracing"}) {
-        const std::string folder = std::string(root) + "/events/sock/inet_sock_set_state/";
-        const auto parsed = parseTraceFormat(readFile(folder + "format"));
-        const std::string id = readFile(folder + "id");
-        std::uint64_t event = 0;
-        std::from_chars(id.data(), id.data() + id.size(), event);
-        if (parsed && event != 0) {
-            layout = *parsed;
-            openRings(event);
-            return;
-        }
+    const Descriptor folder = openTraceFolder();
+    if (!folder) {
+        return;
+    }
+    const auto parsed =
+        parseTraceFormat(readFile(folder.get(), "events/sock/inet_sock_set_state/format"));
+    const std::string id = readFile(folder.get(), "events/sock/inet_sock_set_state/id");
+    std::uint64_t event = 0;
+    std::from_chars(id.data(), id.data() + id.size(), event);
+    if (parsed && event != 0) {
+        layout = *parsed;
+        openRings(event);
     }
 }
 
@@ -181,7 +201,7 @@ void ConnectTracer::update() {
 
 void ConnectTracer::forgetOld() {
     forget(connected, round - std::min(round, rememberedRounds));
-    forget(names, round - std::min(round, rememberedRounds));
+    forget(names, round - std::min(round, nameRounds));
     forget(connecting, round - std::min(round, connectingRounds));
 }
 

@@ -132,7 +132,7 @@ Address mappedAddress(const std::uint8_t (&ipv4)[4]) {
 
 DiagStatus readDiagDatagram(std::span<const std::byte> datagram, const SocketVisitor& visit) {
     return forEachMessage(datagram, [&](int type, std::span<const std::byte> payload) {
-        if (type != SOCK_DIAG_BY_FAMILY) {
+        if (type != SOCK_DIAG_BY_FAMILY && type != TCPDIAG_GETSOCK) {
             return;
         }
         if (const auto reading = readSocket(payload)) {

@@ -150,18 +150,16 @@ std::vector<int> ProcessTable::refresh() {
     return gone;
 }
 
-std::vector<int> ProcessTable::order(const std::unordered_map<std::uint32_t, std::uint32_t>& wanted,
-                                     const std::vector<int>& likely) const {
+std::vector<int> ProcessTable::order(const Wanted& wanted, const Known& known) const {
     std::set<std::uint32_t> users;
     for (const auto& [inode, uid] : wanted) {
         users.insert(uid);
     }
-    const std::set<int> first(likely.begin(), likely.end());
     std::vector<std::pair<int, int>> ranked;
     for (const auto& [pid, entry] : entries) {
         if (!entry.kernelThread) {
             const int rank = !entry.searched             ? 0
-                             : first.contains(pid)       ? 1
+                             : known.contains(pid)       ? 1
                              : users.contains(entry.uid) ? 2
                                                          : 3;
             ranked.emplace_back(rank, pid);
@@ -175,13 +173,14 @@ std::vector<int> ProcessTable::order(const std::unordered_map<std::uint32_t, std
     return result;
 }
 
-void ProcessTable::searchOne(int pid, std::unordered_map<std::uint32_t, std::uint32_t>& wanted,
+void ProcessTable::searchOne(int pid, const std::unordered_set<int>* known, Wanted& wanted,
                              const Found& found) const {
     const Directory listing = openDirectory(root.get(), (std::to_string(pid) + "/fd").c_str());
     std::optional<Holder> holder;
     while (const dirent* item = listing && !wanted.empty() ? readdir(listing.get()) : nullptr) {
         int descriptor = 0;
-        if (!parseNumber(std::string_view(item->d_name), descriptor)) {
+        if (!parseNumber(std::string_view(item->d_name), descriptor) ||
+            (known != nullptr && known->contains(descriptor))) {
             continue;
         }
         char buffer[64];
@@ -202,13 +201,13 @@ void ProcessTable::searchOne(int pid, std::unordered_map<std::uint32_t, std::uin
     }
 }
 
-void ProcessTable::search(std::unordered_map<std::uint32_t, std::uint32_t> wanted,
-                          const std::vector<int>& likely, const Found& found) {
-    for (const int pid : order(wanted, likely)) {
+void ProcessTable::search(Wanted wanted, const Known& known, const Found& found) {
+    for (const int pid : order(wanted, known)) {
         if (wanted.empty()) {
             return;
         }
-        searchOne(pid, wanted, found);
+        const auto descriptors = known.find(pid);
+        searchOne(pid, descriptors == known.end() ? nullptr : &descriptors->second, wanted, found);
         entries.at(pid).searched = true;
     }
 }

@@ -46,10 +46,12 @@ class ProcessTable {
 
     // Looks through the descriptors of processes for the inodes in `wanted` (inode to user), and
     // calls `found` for each; ends when all are found. Looked at first: processes that appeared
-    // since the last search, then those in `likely`, then those of the right user, then the rest.
+    // since the last search, then those in `known`, then those of the right user, then the rest.
+    // The descriptors in `known` (by pid) are not followed: a server may have thousands.
     using Found = std::function<void(std::uint32_t inode, const Holder&)>;
-    void search(std::unordered_map<std::uint32_t, std::uint32_t> wanted,
-                const std::vector<int>& likely, const Found& found);
+    using Known = std::unordered_map<int, std::unordered_set<int>>;
+    using Wanted = std::unordered_map<std::uint32_t, std::uint32_t>;
+    void search(Wanted wanted, const Known& known, const Found& found);
 
     // Whether the process's descriptor still is that socket.
     bool stillHolds(const HeldSocket& socket) const;
@@ -68,9 +70,8 @@ class ProcessTable {
         bool searched = false;
     };
     Entry inspect(int pid) const;
-    std::vector<int> order(const std::unordered_map<std::uint32_t, std::uint32_t>& wanted,
-                           const std::vector<int>& likely) const;
-    void searchOne(int pid, std::unordered_map<std::uint32_t, std::uint32_t>& wanted,
+    std::vector<int> order(const Wanted& wanted, const Known& known) const;
+    void searchOne(int pid, const std::unordered_set<int>* known, Wanted& wanted,
                    const Found& found) const;
 
     Descriptor root;

@@ -12,7 +12,7 @@ class ReadingBudget {
   public:
     static constexpr double share = 0.005;
     static constexpr double shortestPause = 0.1;
-    static constexpr double memory = 2;  // how long savings and debts count
+    static constexpr double memory = 10;  // how long savings and debts count
 
     // A reading that ended at `now` has used `cost` seconds of processor time.
     void spend(double now, double cost) {

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 
 namespace vostel::nettop {
 
@@ -16,13 +17,24 @@ namespace {
 
 constexpr std::size_t maximumNamespaces = 256;    // open at once
 constexpr std::size_t namespacesPerReading = 16;  // beside our own; more are taken in turns
-constexpr std::size_t checkParts = 16;  // each held socket is checked once in so many readings
+constexpr std::size_t checkParts = 64;  // each held socket is checked once in so many readings
 
 bool hasCapability(unsigned capability) {
     __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
     __user_cap_data_struct data[2]{};
     return syscall(SYS_capget, &header, data) == 0 &&
            (data[capability / 32].effective >> (capability % 32) & 1U) != 0;
+}
+
+// Searches for holders take at most this share of one processor, but are never put off for longer
+// than `longestWait` seconds. What a socket carries until then is not lost.
+constexpr double searchShare = 0.002;
+constexpr double longestWait = 3;
+
+double processorSeconds() {
+    timespec used{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
+    return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
 }
 
 // Namespaces with a name outlive their processes (ip-netns(8)). They are read also while they have
@@ -135,7 +147,10 @@ void Sampler::checkHolders() {
     }
 }
 
-void Sampler::findHolders() {
+void Sampler::findHolders(double now) {
+    if (now < nextSearch) {
+        return;
+    }
     auto wanted = ledger.wanted();
     if (!seesAll) {
         std::erase_if(wanted, [](const auto& entry) { return entry.second != geteuid(); });
@@ -143,14 +158,15 @@ void Sampler::findHolders() {
     if (wanted.empty()) {
         return;
     }
-    std::vector<int> likely;
-    for (const Holder& owner : ledger.owners()) {
-        likely.push_back(owner.pid);
-    }
-    processes.search(std::move(wanted), likely, [&](std::uint32_t inode, const Holder& holder) {
-        ledger.hold(inode, holder);
-    });
+    const double before = processorSeconds();
+    processes.search(
+        std::move(wanted), ledger.knownDescriptors(),
+        [&](std::uint32_t inode, const Holder& holder) { ledger.hold(inode, holder); });
     ledger.searched();
+    if (readings == 0) {
+        return;  // the first search looks at everything, and only once
+    }
+    nextSearch = now + std::min((processorSeconds() - before) / searchShare, longestWait);
 }
 
 void Sampler::settleClosed() {
@@ -193,10 +209,10 @@ void Sampler::read(double now) {
     for (const int pid : gone) {
         ledger.processGone(pid);
     }
-    checkHolders();
-    findHolders();
     tracer.update();
-    settleClosed();
+    settleClosed();  // before the search: a descriptor that was closed may be another socket now
+    checkHolders();
+    findHolders(now);
     for (const NamespaceId space : ended) {
         ledger.forgetNamespace(space);
     }

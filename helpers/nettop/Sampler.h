@@ -48,7 +48,7 @@ class Sampler {
     };
     void openNamespaces(double now);
     void readNamespace(Space& space, double now);
-    void findHolders();
+    void findHolders(double now);
     void checkHolders();
     void settleClosed();
 
@@ -66,6 +66,7 @@ class Sampler {
     NamespaceId lastId = 0;
     bool seesAll = false;
     bool entersOthers = false;
+    double nextSearch = 0;
     std::uint64_t readings = 0;
 };
 

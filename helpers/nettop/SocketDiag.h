@@ -30,7 +30,6 @@ class SocketDiag {
     const std::vector<Address>& ownAddresses(double now);
 
   private:
-    bool dumpFamily(std::uint8_t family, const SocketVisitor& visit);
     bool receiveAnswer(int socket, std::uint32_t sequence, bool addressAnswer,
                        const SocketVisitor& visit);
 

@@ -12,7 +12,7 @@ constexpr int missingWithoutNotice = 3;
 constexpr int missingWithNotice = 600;
 // Bytes of a socket without a known holder are kept for so many readings, for the case that it is
 // found. After that a late find would look like a burst.
-constexpr int ownerlessReadings = 5;
+constexpr int ownerlessReadings = 40;
 
 std::uint64_t portKey(NamespaceId space, std::uint16_t port) {
     return static_cast<std::uint64_t>(space) << 16U | port;
@@ -204,6 +204,17 @@ std::vector<HeldSocket> TrafficLedger::held(std::size_t part, std::size_t parts)
         const Socket& socket = sockets.at(key);
         if (inode % parts == part && socket.owner != 0) {
             result.push_back({inode, processes.at(socket.owner).holder.pid, socket.descriptor});
+        }
+    }
+    return result;
+}
+
+std::unordered_map<int, std::unordered_set<int>> TrafficLedger::knownDescriptors() const {
+    std::unordered_map<int, std::unordered_set<int>> result;
+    for (const auto& [inode, key] : byInode) {
+        const Socket& socket = sockets.at(key);
+        if (socket.owner != 0 && socket.seenAt == reading + 1) {
+            result[processes.at(socket.owner).holder.pid].insert(socket.descriptor);
         }
     }
     return result;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "SocketReading.h"
@@ -75,6 +76,8 @@ class TrafficLedger {
 
     // Every `parts`-th held socket, beginning with `part`.
     std::vector<HeldSocket> held(std::size_t part, std::size_t parts) const;
+    // By pid, the descriptors that were seen open as known sockets in this reading.
+    std::unordered_map<int, std::unordered_set<int>> knownDescriptors() const;
     // The holder has closed or handed on the descriptor.
     void release(std::uint32_t inode);
 

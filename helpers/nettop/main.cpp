@@ -26,6 +26,7 @@
 #include <cstdio>
 #include <ctime>
 #include <string_view>
+#include <utility>
 
 #include "Options.h"
 #include "ReadingBudget.h"
@@ -88,11 +89,12 @@ int run(const Options& options, pid_t parent) {
         return 1;
     }
     ReadingBudget budget;
+    double used = 0;  // processor seconds up to the end of the last reading
     const auto read = [&] {
-        const double before = secondsOn(CLOCK_PROCESS_CPUTIME_ID);
         sampler.read(secondsOn(CLOCK_BOOTTIME));
         const double now = secondsOn(CLOCK_BOOTTIME);
-        budget.spend(now, secondsOn(CLOCK_PROCESS_CPUTIME_ID) - before);
+        const double before = std::exchange(used, secondsOn(CLOCK_PROCESS_CPUTIME_ID));
+        budget.spend(now, used - before);  // with the block before it
         return now;
     };
     const double start = secondsOn(CLOCK_BOOTTIME);

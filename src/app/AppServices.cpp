@@ -37,7 +37,9 @@ AppServices::AppServices(Platform platformSources, const QString& settingsPath,
       app(defaults, notifications),
       global(defaults, notifications),
       cpu(defaults, notifications, global),
-      memory(defaults, notifications, global) {}
+      memory(defaults, notifications, global),
+      gpu(defaults, notifications, global),
+      network(defaults, notifications, global) {}
 
 ItemOrder::ItemOrder(DefaultsStore& store, QStringList defaultOrder)
     : defaults(store), fallback(std::move(defaultOrder)) {}

@@ -10,7 +10,9 @@
 #include "core/NotificationCenter.h"
 #include "core/TickScheduler.h"
 #include "monitors/cpu/CPUSettings.h"
+#include "monitors/gpu/GPUSettings.h"
 #include "monitors/memory/MemoryModule.h"
+#include "monitors/network/NetworkSettings.h"
 #include "monitors/process/AppIcons.h"
 #include "monitors/process/ProcessSampler.h"
 #include "platform/Platform.h"
@@ -39,6 +41,8 @@ class AppServices {
     GlobalSettings global;
     CPUSettings cpu;
     MemorySettings memory;
+    GPUSettings gpu;
+    NetworkSettings network;
 };
 
 // The order of the items, kept under "app.itemOrder"; the registry's order until the user changes it.

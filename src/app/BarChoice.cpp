@@ -38,7 +38,9 @@ BarKind chooseBar(BarKind wanted, const BarSurroundings& surroundings, QString* 
     if (canDock) {
         return BarKind::Dock;
     }
-    return hasDisplay && surroundings.hasTrayHost ? BarKind::Tray : BarKind::Offscreen;
+    // Wayland without an X server: a tray that is not there yet may still come (at the start of a
+    // session this program is often the first).
+    return hasDisplay ? BarKind::Tray : BarKind::Offscreen;
 }
 
 }  // namespace vostel

@@ -25,8 +25,8 @@ struct BarSurroundings {
 };
 
 // The bar to open for what the user asked for:
-// automatic: a display with a tray host that keeps wide images -> tray; else X11 -> dock; else any tray
-// host -> tray; else off-screen. What cannot be had gives the best that is left, and `complaint` says so.
+// automatic: a display with a tray host that keeps wide images -> tray; else X11 -> dock; else any
+// display -> tray, which waits for a host; else off-screen. What cannot be had gives the best that is left, and `complaint` says so.
 BarKind chooseBar(BarKind wanted, const BarSurroundings& surroundings, QString* complaint);
 
 }  // namespace vostel

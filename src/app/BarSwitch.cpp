@@ -1,8 +1,11 @@
 #include "app/BarSwitch.h"
 
+#include <chrono>
 #include <cstdio>
 
+#include <QDBusConnection>
 #include <QFile>
+#include <QTimer>
 
 #include "core/Log.h"
 #include "statusbar/DockBar.h"
@@ -14,17 +17,17 @@ namespace vostel {
 
 namespace {
 
-std::unique_ptr<StatusBar> makeOffscreenBar(const CommandLine& commandLine, Display display,
-                                            ItemOrderStore& order) {
+using namespace std::chrono_literals;
+
+constexpr auto hostSettles = 2s;
+
+std::unique_ptr<StatusBar> makeOffscreenBar(const CommandLine& commandLine, ItemOrderStore& order) {
     OffscreenBarOptions options;
     options.imagePath = commandLine.imagePath.isEmpty()
                             ? runtimeFolder() + QStringLiteral("/vostel-bar.png")
                             : commandLine.imagePath;
     options.text = stdout;
-    std::printf(
-        "%s %s\n",
-        display == Display::None ? "No display: the bar is drawn into" : "The bar is drawn into",
-        QFile::encodeName(options.imagePath).constData());
+    std::printf("The bar is drawn into %s\n", QFile::encodeName(options.imagePath).constData());
     std::fflush(stdout);
     return std::make_unique<OffscreenBar>(order, options);
 }
@@ -38,7 +41,8 @@ BarSwitch::BarSwitch(const CommandLine& asked, Display foundDisplay, AppServices
       services(appServices),
       order(orderStore),
       storedKind(services.app.bar()) {
-    open(commandLine.bar.value_or(barKindFromText(storedKind).value_or(BarKind::Automatic)));
+    open(wanted());
+    watchForTray();
     subscription = services.notifications.subscribe(AppSettings::changeNotification,
                                                     [this] { settingsChanged(); });
 }
@@ -51,6 +55,33 @@ std::unique_ptr<StatusItem> BarSwitch::makeItem(const QString& autosaveName) {
 
 double BarSwitch::thickness() const {
     return bar->thickness();
+}
+
+BarKind BarSwitch::wanted() const {
+    return commandLine.bar.value_or(barKindFromText(storedKind).value_or(BarKind::Automatic));
+}
+
+// At the start of a session this program may come before the panel: with the automatic choice a
+// tray that keeps wide images takes over from the dock bar when it appears.
+void BarSwitch::watchForTray() {
+    if (display == Display::None || !QDBusConnection::sessionBus().isConnected()) {
+        return;
+    }
+    trayWatch =
+        std::make_unique<QDBusServiceWatcher>(trayWatcherService, QDBusConnection::sessionBus(),
+                                              QDBusServiceWatcher::WatchForRegistration);
+    connect(trayWatch.get(), &QDBusServiceWatcher::serviceRegistered, this, [this] {
+        // Hosts report to the watcher a moment after it appeared.
+        QTimer::singleShot(hostSettles, this, [this] {
+            probeTray(TrayProbeOptions{.busAddress = {}, .proc = services.platform.roots.proc},
+                      this, [this](const TrayHost& host) {
+                          if (host.keepsWideImages && shown == BarKind::Dock &&
+                              wanted() == BarKind::Automatic) {
+                              replace(BarKind::Automatic);
+                          }
+                      });
+        });
+    });
 }
 
 void BarSwitch::open(BarKind wanted) {
@@ -82,7 +113,7 @@ void BarSwitch::open(BarKind wanted) {
         return;
     }
     shown = BarKind::Offscreen;
-    bar = makeOffscreenBar(commandLine, display, order);
+    bar = makeOffscreenBar(commandLine, order);
 }
 
 void BarSwitch::settingsChanged() {

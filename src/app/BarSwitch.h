@@ -3,6 +3,8 @@
 #include <functional>
 #include <memory>
 
+#include <QDBusServiceWatcher>
+
 #include "app/AppServices.h"
 #include "app/BarChoice.h"
 #include "core/NotificationCenter.h"
@@ -36,6 +38,8 @@ class BarSwitch : public StatusBar {
     void open(BarKind wanted);
     void settingsChanged();
     void replace(BarKind wanted);
+    BarKind wanted() const;
+    void watchForTray();
 
     const CommandLine& commandLine;
     const Display display;
@@ -44,6 +48,7 @@ class BarSwitch : public StatusBar {
     std::unique_ptr<StatusBar> bar;
     BarKind shown = BarKind::Offscreen;
     QString storedKind;
+    std::unique_ptr<QDBusServiceWatcher> trayWatch;
     NotificationCenter::Subscription subscription;
 };
 

@@ -3,8 +3,10 @@
 #include "app/AppServices.h"
 #include "monitors/cpu/CPUModule.h"
 #include "monitors/cpu/CPUSettingsPanel.h"
+#include "monitors/gpu/GPUModule.h"
 #include "monitors/memory/MemoryModule.h"
 #include "monitors/memory/MemorySettingsPanel.h"
+#include "monitors/network/NetworkModule.h"
 
 namespace vostel {
 
@@ -23,6 +25,12 @@ struct Row {
 };
 
 constexpr Row rows[] = {
+    {"network", "Network Graph", true,
+     [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
+         return std::make_unique<NetworkModule>(context, s.network,
+                                                NetworkOutside::ofThisMachine(context, s.icons));
+     },
+     "network"},
     {"cpu", "CPU Graph", true,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<CPUModule>(context, s.cpu, s.processes);
@@ -41,6 +49,11 @@ constexpr Row rows[] = {
      [](AppServices& s) -> SettingsPanel* {
          return new MemorySettingsPanel(s.memory, s.notifications);
      }},
+    {"gpu", "GPU Bar", true,
+     [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
+         return std::make_unique<GPUModule>(context, s.gpu, s.processes);
+     },
+     "gpu"},
 };
 
 }  // namespace

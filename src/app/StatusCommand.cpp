@@ -16,6 +16,7 @@ namespace vostel {
 namespace {
 
 constexpr int readingMilliseconds = 1000;
+constexpr double noTicks = 1e6;  // makes every interval longer than the command lives
 
 void print(const AppDelegate& delegate, bool json) {
     QJsonObject object;
@@ -44,6 +45,8 @@ int runStatus(const CommandLine& commandLine, int& argc, char** argv) {
     ItemOrder order(services.defaults, {});
     OffscreenBar bar(order, {});
     AppDelegate delegate(services, bar);
+    // Both readings are taken here: one when the items start, one at the end.
+    services.scheduler.setIntervalFactor(noTicks);
     delegate.moduleManager->loadEnabledModules();
     QTimer::singleShot(readingMilliseconds, &application, [&] {
         print(delegate, commandLine.json);

@@ -23,7 +23,7 @@ struct ProcessDetails {
     std::string cgroup;                  // path in the unified or systemd hierarchy, "" if none
 };
 
-// The native process list. One thread at a time.
+// The native process list. read() is for one thread at a time; details() may be called from any.
 class ProcessSource {
   public:
     virtual ~ProcessSource() = default;

@@ -6,10 +6,10 @@
 #include <utility>
 
 #include <QGuiApplication>
-#include <QPalette>
 #include <QScreen>
 #include <QtGui/qguiapplication_platform.h>
 
+#include "statusbar/DesktopAppearance.h"
 #include "statusbar/DockAccessible.h"
 #include "statusbar/DockWindow.h"
 #include "statusbar/FullScreenWatch.h"
@@ -27,19 +27,6 @@ constexpr int shownChecks = 20;
 
 const QNativeInterface::QX11Application* x11() {
     return qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-}
-
-Appearance resolved(AppearanceChoice choice) {
-    switch (choice) {
-        case AppearanceChoice::Dark:
-            return Appearance::Dark;
-        case AppearanceChoice::Light:
-            return Appearance::Light;
-        case AppearanceChoice::Automatic:
-            break;
-    }
-    const int lightness = QGuiApplication::palette().color(QPalette::Window).lightness();
-    return lightness < 128 ? Appearance::Dark : Appearance::Light;
 }
 
 }  // namespace
@@ -117,6 +104,18 @@ QScreen* DockBar::chosenScreen() const {
     return QGuiApplication::primaryScreen();
 }
 
+Appearance DockBar::chosenAppearance() {
+    if (choices.appearance != AppearanceChoice::Automatic) {
+        desktopAppearance.reset();
+        return choices.appearance == AppearanceChoice::Dark ? Appearance::Dark : Appearance::Light;
+    }
+    if (!desktopAppearance) {
+        desktopAppearance = std::make_unique<DesktopAppearance>(QDBusConnection::sessionBus());
+        connect(desktopAppearance.get(), &DesktopAppearance::changed, this, &DockBar::relocateSoon);
+    }
+    return desktopAppearance->orPalette();
+}
+
 QRect DockBar::monitorOf(const QScreen& screen) const {
     // The toolkit's rectangle is in logical pixels and rounded; the server knows the real one. The
     // toolkit leaves the origin of a screen in device pixels.
@@ -174,7 +173,7 @@ void DockBar::relocate() {
     const bool top = choices.edge == BarEdge::Top;
     bar = QRect(monitor.left(), top ? monitor.top() : monitor.bottom() + 1 - height,
                 monitor.width(), height);
-    appearance = resolved(choices.appearance);
+    appearance = chosenAppearance();
 
     std::vector<QRect> monitors;
     for (const X11Monitor& each : desktop->monitors())

@@ -12,6 +12,7 @@ class QScreen;
 
 namespace vostel {
 
+class DesktopAppearance;
 class DockWindow;
 class FullScreenWatch;
 class X11Desktop;
@@ -72,6 +73,7 @@ class DockBar final : public ItemBar, private DockPointer::Target {
     void openWindow();
     void closeSurface();
     QScreen* chosenScreen() const;
+    Appearance chosenAppearance();
     QRect monitorOf(const QScreen& screen) const;
     void stepBack(const QRect& fullScreen);
     void askForImages();
@@ -98,7 +100,8 @@ class DockBar final : public ItemBar, private DockPointer::Target {
     int draggedId = -1;
     int draggedLeft = 0;
 
-    std::unique_ptr<DockWindow> window;  // null without an X server
+    std::unique_ptr<DockWindow> window;                    // null without an X server
+    std::unique_ptr<DesktopAppearance> desktopAppearance;  // while the choice is automatic
     std::unique_ptr<X11Desktop> desktop;
     std::unique_ptr<X11Surface> surface;
     std::unique_ptr<FullScreenWatch> fullScreen;

@@ -126,6 +126,11 @@ void DockPointer::leave() {
 void DockPointer::showTip() {
     if (!hovered || hovered->title().isEmpty()) return;
     explained = hovered;
+    // The toolkit shows a tip some 16 points below a position: clear of the bar, not on it.
+    constexpr int overlap = 12;
+    if (const auto rect = hovered->screenRect()) {
+        tipPosition.setY(std::max(tipPosition.y(), rect->bottom() - overlap));
+    }
     QToolTip::showText(tipPosition, tipText(*hovered));
 }
 

@@ -59,8 +59,8 @@ TrayBar::TrayBar(const TrayBarOptions& given, const QDBusConnection& connection)
                     SLOT(findHost()));
     }
     if (!options.appearance) {
-        portal = std::make_unique<PortalAppearance>(bus);
-        connect(portal.get(), &PortalAppearance::changed, this, &TrayBar::imagesWanted);
+        portal = std::make_unique<DesktopAppearance>(bus);
+        connect(portal.get(), &DesktopAppearance::changed, this, &TrayBar::imagesWanted);
     }
     findHost();
 }
@@ -75,7 +75,8 @@ std::unique_ptr<StatusItem> TrayBar::makeItem(const QString& autosaveName) {
 
 std::vector<ImageContext> TrayBar::wantedImages() const {
     ImageContext context;
-    context.appearance = portal ? portal->appearance() : *options.appearance;
+    context.appearance =  // Most panels are dark.
+        portal ? portal->stated().value_or(Appearance::Dark) : *options.appearance;
     context.shape = shape;
     context.thickness = options.thickness;
     ImageContext doubled = context;

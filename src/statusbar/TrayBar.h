@@ -8,7 +8,7 @@
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
 
-#include "statusbar/PortalAppearance.h"
+#include "statusbar/DesktopAppearance.h"
 #include "statusbar/StatusBar.h"
 #include "statusbar/TrayHost.h"
 
@@ -60,7 +60,7 @@ class TrayBar final : public StatusBar {
     QDBusConnection bus;
     QDBusServiceWatcher watcherWatch;
     QDBusServiceWatcher hostWatch;
-    std::unique_ptr<PortalAppearance> portal;
+    std::unique_ptr<DesktopAppearance> portal;
     bool watcherPresent = false;
     bool saidWaiting = false;
     bool finding = false;    // a search is under way,

@@ -11,6 +11,7 @@ namespace {
 
 constexpr int gapAbove = 8;
 constexpr int gapBelow = 1;
+constexpr double symbolSize = 13;
 
 }  // namespace
 
@@ -23,6 +24,10 @@ void SectionTitle::setText(const QString& title) {
     if (assign(text, title)) {
         setAccessibleName(text);
     }
+}
+
+void SectionTitle::setSymbol(const QString& name) {
+    assign(symbol, name);
 }
 
 void SectionTitle::setNote(const QString& value) {
@@ -39,7 +44,13 @@ void SectionTitle::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     const QFont titleFont = styled(font(), TextStyle::Section);
     QRectF row = QRectF(rect()).adjusted(0, gapAbove, 0, -gapBelow);
-    painter.setPen(Theme::current().secondary);
+    const QColor ink = Theme::current().secondary;
+    painter.setPen(ink);
+    if (!symbol.isEmpty()) {
+        drawSymbol(painter, QRectF(0, row.top(), symbolSize, row.height()), symbol, symbolSize,
+                   ink);
+        row.setLeft(symbolSize + 5);
+    }
     if (!note.isEmpty()) {
         const QFont noteFont = styled(font(), TextStyle::Small);
         const double width = std::min(FigureText::width(noteFont, note), row.width() / 2);

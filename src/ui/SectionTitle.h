@@ -4,7 +4,8 @@
 
 namespace vostel {
 
-// A small quiet title over a group, with an optional note at the right edge. The text is shown as
+// A small quiet title over a group, with an optional symbol before it and an optional note at the
+// right edge. The text is shown as
 // it is given ("TOP APPS", "PERFORMANCE (8)").
 class SectionTitle : public Piece {
     Q_OBJECT
@@ -13,6 +14,7 @@ class SectionTitle : public Piece {
     explicit SectionTitle(const QString& text, QWidget* parent = nullptr);
 
     void setText(const QString& text);
+    void setSymbol(const QString& name);
     void setNote(const QString& text);
 
     QSize sizeHint() const override;
@@ -22,6 +24,7 @@ class SectionTitle : public Piece {
 
   private:
     QString text;
+    QString symbol;
     QString note;
 };
 

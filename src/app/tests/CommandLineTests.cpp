@@ -65,7 +65,7 @@ TEST(BarChoiceTest, TheBestBarThatCanBeHad) {
         {autoBar, Display::X11, false, false, dock, false},
         {autoBar, Display::Wayland, true, true, tray, false},
         {autoBar, Display::Wayland, true, false, tray, false},
-        {autoBar, Display::Wayland, false, false, off, false},
+        {autoBar, Display::Wayland, false, false, tray, false},
         {autoBar, Display::None, true, true, off, false},
         {dock, Display::X11, true, true, dock, false},
         {dock, Display::Wayland, true, false, tray, true},

@@ -1,10 +1,10 @@
 #include "monitors/cpu/CPUImage.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include <QPainter>
 
+#include "render/BarImage.h"
 #include "render/MenuBarImage.h"
 #include "render/MeterGraph.h"
 
@@ -55,10 +55,11 @@ double perCoreWidth(int coreCount, bool split) {
 
 StatusImage makeCPUImage(const CPUImageInput& input, const ImageContext& context) {
     if (context.shape == ImageShape::Square) {
-        const long percent = std::lround(input.load.overall * 100);
-        return MenuBarImage::makeSquare(input.label.isEmpty() ? QStringLiteral("CPU") : input.label,
-                                        QString::number(percent), input.load.overall,
-                                        input.appearance, context);
+        const BarImage image{.fraction = input.load.overall,
+                             .label = input.label,
+                             .shortName = QStringLiteral("CPU"),
+                             .appearance = input.appearance};
+        return image.makeSquare(context);
     }
     const double coresWidth = perCoreWidth(input.coreCount, isSplit(input));
     double width = 0;

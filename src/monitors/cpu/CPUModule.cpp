@@ -10,6 +10,12 @@
 
 namespace vostel {
 
+namespace {
+
+constexpr double shortestReading = 0.1;  // seconds
+
+}  // namespace
+
 CPUModule::CPUModule(AppContext& appContext, CPUSettings& cpuSettings, ProcessSampler& processes)
     : ItemModule(appContext,
                  {QStringLiteral("cpu"), QStringLiteral("CPU"), QStringLiteral("CPU usage")},
@@ -25,7 +31,13 @@ CoreLayout CPUModule::layout() const {
 }
 
 void CPUModule::tick() {
-    lastLoad = monitor.sample();
+    // The counters move in steps of 10 ms: right after a tick (the popover opens) a new reading
+    // would be nothing but noise.
+    const double now = context.platform.clock->seconds();
+    if (!(now - lastSampleAt < shortestReading)) {
+        lastLoad = monitor.sample();
+        lastSampleAt = now;
+    }
     appendCapped(history, lastLoad.overall, historyCap);
     model.history = history;
     model.perCore = lastLoad.perCore;

@@ -32,6 +32,7 @@ class CPUModule : public ItemModule {
     CPUViewModel model;
     std::vector<double> history;
     CPULoad lastLoad;
+    double lastSampleAt = -1e300;  // the distant past
     TopApps topApps;
 };
 

@@ -2,28 +2,20 @@
 
 #include <cmath>
 
-#include "monitors/process/TopAppsSection.h"
-#include "ui/FooterButtons.h"
-
 namespace vostel {
 
-CPUPopover::CPUPopover(CPUViewModel& viewModel, const CPUSettings& cpuSettings,
+CPUPopover::CPUPopover(CPUViewModel& viewModel, const CPUSettings& ownSettings,
                        const CoreLayout& coreLayout, std::function<void()> openSettings)
-    : Popover(QStringLiteral("CPU")),
+    : UsagePopover(QStringLiteral("CPU"), QStringLiteral("Overall load, history"), viewModel,
+                   ownSettings),
       model(viewModel),
-      settings(cpuSettings),
+      cpuSettings(ownSettings),
       layout(coreLayout),
-      header(new HeaderRow(QStringLiteral("CPU"))),
-      graph(new LineGraph),
       coresTitle(new SectionTitle(QString())),
-      cores(new BarMeter),
-      processes(makeTopAppsList(QStringLiteral("Sampling…"))) {
-    add(header);
-    graph->setName(QStringLiteral("Overall load, history"));
-    add(graph);
+      cores(new BarMeter) {
     add(coresTitle);
     add(cores);
-    if (settings.splitCores() && settings.showPerCoreBars() && layout.isSplit()) {
+    if (cpuSettings.splitCores() && cpuSettings.showPerCoreBars() && layout.isSplit()) {
         efficiencyTitle = new SectionTitle(QString());
         efficiency = new BarMeter;
         efficiency->setName(QStringLiteral("Efficiency cores"));
@@ -32,27 +24,16 @@ CPUPopover::CPUPopover(CPUViewModel& viewModel, const CPUSettings& cpuSettings,
     }
     cores->setName(efficiency != nullptr ? QStringLiteral("Performance cores")
                                          : QStringLiteral("Cores"));
-    add(new SectionTitle(QStringLiteral("TOP APPS")));
-    add(processes);
-    setFooter(makeFooter(std::move(openSettings)));
-
-    notifiers.push_back(model.overall.addNotifier([this] {
-        header->setValue(QStringLiteral("%1%").arg(std::lround(model.overall.value() * 100)));
-    }));
-    notifiers.push_back(
-        model.history.addNotifier([this] { graph->setHistory(model.history.value()); }));
-    notifiers.push_back(model.perCore.addNotifier([this] { showCores(); }));
-    notifiers.push_back(model.topApps.addNotifier([this] { showTopApps(); }));
-    header->setValue(QStringLiteral("%1%").arg(std::lround(model.overall.value() * 100)));
-    graph->setHistory(model.history.value());
-    showCores();
-    showTopApps();
+    follow(model.overall, [this] { header->setValue(percent(model.overall.value())); });
+    follow(model.perCore, [this] { showCores(); });
+    addTopApps(
+        QStringLiteral("Sampling…"),
+        [](double load) { return QStringLiteral("%1%").arg(std::lround(load)); },
+        std::move(openSettings));
 }
 
 void CPUPopover::showCores() {
-    const QColor foreground = settings.effForeground();
-    graph->setColor(foreground);
-    cores->setColor(foreground);
+    cores->setColor(cpuSettings.effForeground());
     if (efficiency == nullptr) {
         coresTitle->setText(QStringLiteral("PER CORE (%1)").arg(model.perCore.value().size()));
         cores->setValues(model.perCore.value());
@@ -62,15 +43,8 @@ void CPUPopover::showCores() {
     coresTitle->setText(QStringLiteral("PERFORMANCE (%1)").arg(groups.performance.size()));
     efficiencyTitle->setText(QStringLiteral("EFFICIENCY (%1)").arg(groups.efficiency.size()));
     cores->setValues(std::move(groups.performance));
-    efficiency->setColor(settings.efficiencyColor());
+    efficiency->setColor(cpuSettings.efficiencyColor());
     efficiency->setValues(std::move(groups.efficiency));
-}
-
-void CPUPopover::showTopApps() {
-    processes->setEntries(topAppEntries(model.topApps.value(), settings.effForeground(),
-                                        [](double percent) {
-                                            return QStringLiteral("%1%").arg(std::lround(percent));
-                                        }));
 }
 
 }  // namespace vostel

@@ -5,17 +5,13 @@
 #include "monitors/cpu/CPUMonitor.h"
 #include "monitors/cpu/CPUSettings.h"
 #include "monitors/cpu/CPUViewModel.h"
+#include "monitors/process/UsagePopover.h"
 #include "ui/BarMeter.h"
-#include "ui/HeaderRow.h"
-#include "ui/LineGraph.h"
-#include "ui/Popover.h"
-#include "ui/ProcessList.h"
-#include "ui/SectionTitle.h"
 
 namespace vostel {
 
 // Overall load and its history, the load of every processor, the top processes.
-class CPUPopover : public Popover {
+class CPUPopover : public UsagePopover {
     Q_OBJECT
 
   public:
@@ -25,19 +21,14 @@ class CPUPopover : public Popover {
 
   private:
     void showCores();
-    void showTopApps();
 
     CPUViewModel& model;
-    const CPUSettings& settings;
+    const CPUSettings& cpuSettings;
     const CoreLayout layout;
-    HeaderRow* header;
-    LineGraph* graph;
     SectionTitle* coresTitle;
     BarMeter* cores;
     SectionTitle* efficiencyTitle = nullptr;  // null where the processors are of one kind
     BarMeter* efficiency = nullptr;
-    ProcessList* processes;
-    std::vector<QPropertyNotifier> notifiers;
 };
 
 }  // namespace vostel

@@ -4,16 +4,15 @@
 
 #include <QProperty>
 
-#include "monitors/process/ProcStat.h"
+#include "monitors/process/UsageViewModel.h"
 
 namespace vostel {
 
-// What the CPU popover shows; every field notifies on change.
-struct CPUViewModel {
-    QProperty<std::vector<double>> history;  // overall load, fractions, oldest first
+// What the CPU popover shows: the history is that of the overall load, the top processes' values
+// are percent of one processor.
+struct CPUViewModel : UsageViewModel {
     QProperty<std::vector<double>> perCore;  // fractions
     QProperty<double> overall;               // fraction
-    QProperty<QList<ProcStat>> topApps;  // value: percent of one processor
 };
 
 }  // namespace vostel

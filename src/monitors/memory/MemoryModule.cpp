@@ -6,17 +6,10 @@
 #include "core/History.h"
 #include "monitors/memory/MemoryPopover.h"
 #include "platform/Platform.h"
-#include "render/MenuBarImage.h"
-#include "render/MeterGraph.h"
+#include "render/BarImage.h"
 #include "render/RateFormatter.h"
 
 namespace vostel {
-
-namespace {
-
-constexpr double barWidth = 8;  // points
-
-}  // namespace
 
 MemorySettings::MemorySettings(DefaultsStore& store, NotificationCenter& center,
                                GlobalSettings& globalSettings)
@@ -25,9 +18,10 @@ MemorySettings::MemorySettings(DefaultsStore& store, NotificationCenter& center,
 
 MemoryModule::MemoryModule(AppContext& appContext, MemorySettings& memorySettings,
                            ProcessSampler& processes)
-    : ItemModule(appContext,
-                 {QStringLiteral("memory"), QStringLiteral("Memory"), QStringLiteral("Memory usage")},
-                 memorySettings),
+    : ItemModule(
+          appContext,
+          {QStringLiteral("memory"), QStringLiteral("Memory"), QStringLiteral("Memory usage")},
+          memorySettings),
       settings(memorySettings),
       monitor(*appContext.platform.memory),
       topApps(processes, *appContext.platform.clock, ProcMetric::memory,
@@ -50,18 +44,12 @@ void MemoryModule::detailPopoverWillShow() {
 }
 
 std::optional<StatusImage> MemoryModule::menubarImage(const ImageContext& imageContext) {
-    const EffAppearance appearance = settings.effAppearance(imageContext.appearance);
-    const double fraction = lastUsage.fraction();
-    if (imageContext.shape == ImageShape::Square) {
-        const QString label = settings.label().isEmpty() ? QStringLiteral("MEM") : settings.label();
-        return MenuBarImage::makeSquare(label, QString::number(std::lround(fraction * 100)), fraction,
-                                        appearance, imageContext);
-    }
-    return MenuBarImage::makeLabeled(
-        barWidth, settings.label(), context.global.labelSize(), appearance, imageContext,
-        [&](QPainter& painter, const QRectF& rect, const ImageColors& colors) {
-            MeterGraph::drawSingleBar(painter, rect, fraction, colors.foreground, colors.track);
-        });
+    const BarImage image{.fraction = lastUsage.fraction(),
+                         .label = settings.label(),
+                         .labelSize = context.global.labelSize(),
+                         .shortName = QStringLiteral("MEM"),
+                         .appearance = settings.effAppearance(imageContext.appearance)};
+    return image.make(imageContext);
 }
 
 QString MemoryModule::valueText() const {

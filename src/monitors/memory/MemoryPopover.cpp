@@ -1,10 +1,6 @@
 #include "monitors/memory/MemoryPopover.h"
 
-#include <cmath>
-
-#include "monitors/process/TopAppsSection.h"
 #include "render/RateFormatter.h"
-#include "ui/SectionTitle.h"
 
 namespace vostel {
 
@@ -16,39 +12,17 @@ QString bytes(double count) {
 
 }  // namespace
 
-MemoryPopover::MemoryPopover(MemoryViewModel& viewModel, const ModuleSettings& memorySettings,
+MemoryPopover::MemoryPopover(MemoryViewModel& model, const ModuleSettings& memorySettings,
                              std::function<void()> openSettings)
-    : Popover(QStringLiteral("Memory")),
-      model(viewModel),
-      settings(memorySettings),
-      header(new HeaderRow(QStringLiteral("Memory"))),
-      graph(new LineGraph),
-      processes(makeTopAppsList(QStringLiteral("Sampling…"))) {
-    add(header);
-    graph->setName(QStringLiteral("Used memory, history"));
-    add(graph);
-    add(new SectionTitle(QStringLiteral("TOP APPS")));
-    add(processes);
-    setFooter(makeFooter(std::move(openSettings)));
-    notifiers.push_back(model.usage.addNotifier([this] { showUsage(); }));
-    notifiers.push_back(
-        model.history.addNotifier([this] { graph->setHistory(model.history.value()); }));
-    notifiers.push_back(model.topApps.addNotifier([this] { showTopApps(); }));
-    graph->setHistory(model.history.value());
-    showUsage();
-    showTopApps();
-}
-
-void MemoryPopover::showUsage() {
-    const MemoryUsage usage = model.usage.value();
-    graph->setColor(settings.effForeground());
-    header->setValue(QStringLiteral("%1%").arg(std::lround(usage.fraction() * 100)));
-    header->setDetail(
-        QStringLiteral("Used %1 of %2").arg(bytes(usage.usedBytes), bytes(usage.totalBytes)));
-}
-
-void MemoryPopover::showTopApps() {
-    processes->setEntries(topAppEntries(model.topApps.value(), settings.effForeground(), bytes));
+    : UsagePopover(QStringLiteral("Memory"), QStringLiteral("Used memory, history"), model,
+                   memorySettings) {
+    follow(model.usage, [this, &model] {
+        const MemoryUsage usage = model.usage.value();
+        header->setValue(percent(usage.fraction()));
+        header->setDetail(
+            QStringLiteral("Used %1 of %2").arg(bytes(usage.usedBytes), bytes(usage.totalBytes)));
+    });
+    addTopApps(QStringLiteral("Sampling…"), bytes, std::move(openSettings));
 }
 
 }  // namespace vostel

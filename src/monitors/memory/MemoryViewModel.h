@@ -1,19 +1,14 @@
 #pragma once
 
-#include <vector>
-
-#include <QProperty>
-
 #include "monitors/memory/MemoryMonitor.h"
-#include "monitors/process/ProcStat.h"
+#include "monitors/process/UsageViewModel.h"
 
 namespace vostel {
 
-// What the memory popover shows; every field notifies on change.
-struct MemoryViewModel {
-    QProperty<std::vector<double>> history;  // used fractions, oldest first
+// What the memory popover shows: the history is that of the used fraction, the top processes'
+// values are resident bytes.
+struct MemoryViewModel : UsageViewModel {
     QProperty<MemoryUsage> usage;
-    QProperty<QList<ProcStat>> topApps;  // value: resident bytes
 };
 
 }  // namespace vostel

@@ -11,6 +11,7 @@
 #include <cmath>
 #include <csignal>
 #include <cstdint>
+#include <optional>
 
 extern char** environ;
 
@@ -22,8 +23,11 @@ namespace {
 class StopSignal {
   public:
     explicit StopSignal(const std::stop_token& stop)
-        : descriptor(eventfd(0, EFD_CLOEXEC)), callback(stop, Raise{descriptor}) {}
-    ~StopSignal() { close(descriptor); }
+        : descriptor(eventfd(0, EFD_CLOEXEC)), callback(std::in_place, stop, Raise{descriptor}) {}
+    ~StopSignal() {
+        callback.reset();  // waits for one that runs: the number may soon be another file's
+        close(descriptor);
+    }
     StopSignal(const StopSignal&) = delete;
     StopSignal& operator=(const StopSignal&) = delete;
     int get() const { return descriptor; }
@@ -37,7 +41,7 @@ class StopSignal {
         }
     };
     int descriptor;
-    std::stop_callback<Raise> callback;
+    std::optional<std::stop_callback<Raise>> callback;
 };
 
 // Starts the program; returns its pid, or -1.

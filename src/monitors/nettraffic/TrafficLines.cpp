@@ -89,7 +89,6 @@ std::optional<double> parseClockTime(std::string_view line) {
 }
 
 std::optional<TrafficRow> parseTrafficRow(std::string_view line) {
-    TrafficRow row;
     const auto out = wholeNumber<std::uint64_t>(takeLastField(line));
     const auto in = wholeNumber<std::uint64_t>(takeLastField(line));
     if (!in || !out) {

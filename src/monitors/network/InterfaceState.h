@@ -16,6 +16,8 @@ struct InterfaceState {
     std::vector<NetSample> history;  // oldest first, at most 60
     std::optional<std::string> lanIP;
     bool included = false;  // counts toward the aggregate
+
+    bool operator==(const InterfaceState&) const = default;
 };
 
 }  // namespace vostel

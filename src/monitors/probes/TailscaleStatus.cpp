@@ -35,7 +35,7 @@ std::optional<TailscaleStatus> parseTailscaleStatus(std::string_view answer) {
     if (status.dnsName.ends_with('.')) {
         status.dnsName.pop_back();
     }
-    for (const QJsonValue& address : self.value(u"TailscaleIPs").toArray()) {
+    for (const QJsonValue address : self.value(u"TailscaleIPs").toArray()) {
         if (address.isString() && !address.toString().contains(u':')) {
             status.ipv4 = bounded(address.toString());
             break;

@@ -85,8 +85,8 @@ struct ProcessSampler::State {
         return record != records.end() && record->pid == pid ? record->comm : std::string();
     }
 
-    // Names and icons, for the rows that are shown only.
-    std::vector<Row> describe(std::vector<ProcEntry> top) {
+    // Names and icons, for the rows that are shown only. `named`: they have their names already.
+    std::vector<Row> describe(std::vector<ProcEntry> top, bool named) {
         std::vector<Row> rows;
         for (ProcEntry& entry : top) {
             std::optional<ProcessDetails> details;
@@ -94,7 +94,7 @@ struct ProcessSampler::State {
                 const std::lock_guard guard(lock);
                 details = processes.details(entry.pid, entry.startSeconds);
             }
-            if (entry.startSeconds >= 0) {  // else ps has told the whole command
+            if (!named) {
                 const auto arguments = details ? details->arguments : std::vector<std::string>();
                 entry.name = friendlyName(arguments, entry.name);
             }
@@ -105,10 +105,11 @@ struct ProcessSampler::State {
 
     std::vector<Row> sample(ProcMetric metric, int limit) {
         std::vector<ProcEntry> top;
-        if (source == Source::ps || !readNative(metric, limit, top)) {
+        const bool ps = source == Source::ps || !readNative(metric, limit, top);
+        if (ps) {
             top = readPs(metric, limit);
         }
-        return describe(std::move(top));
+        return describe(std::move(top), ps);  // ps tells the whole command
     }
 };
 
@@ -135,6 +136,29 @@ void ProcessSampler::top(ProcMetric metric, int limit, QObject* owner, Completio
                 list.append(
                     {row.entry.pid, QString::fromStdString(row.entry.name), appIcons.icon(row.icon),
                      metric == ProcMetric::cpu ? row.entry.cpu : row.entry.rss * bytesPerKiB});
+            }
+            completion(std::move(list));
+        });
+}
+
+void ProcessSampler::describe(const QList<ProcStat>& rows, QObject* owner,
+                              Completion completion) {
+    std::vector<ProcEntry> entries;
+    for (const ProcStat& row : rows) {
+        entries.push_back({.pid = row.id, .name = row.name.toStdString()});
+    }
+    background.run(
+        owner,
+        [shared = state, entries = std::move(entries)]() mutable {
+            return shared->describe(std::move(entries), false);
+        },
+        [&appIcons = icons, rows, completion = std::move(completion)](
+            const std::vector<Row>& described) {
+            QList<ProcStat> list = rows;
+            for (qsizetype i = 0; i < list.size(); ++i) {
+                const Row& row = described[static_cast<std::size_t>(i)];
+                list[i].name = QString::fromStdString(row.entry.name);
+                list[i].icon = appIcons.icon(row.icon);
             }
             completion(std::move(list));
         });

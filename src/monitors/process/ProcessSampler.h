@@ -36,6 +36,11 @@ class ProcessSampler : public QObject {
     // CPU request after a pause takes 0.4 s more, for a second reading.
     void top(ProcMetric metric, int limit, QObject* owner, Completion completion);
 
+    // The rows as they are, with the friendly name and the icon of the processes. `rows` bring a
+    // short name of their own, any text; it serves, made printable, where nothing else is to be
+    // had. Main thread; the completion as above.
+    void describe(const QList<ProcStat>& rows, QObject* owner, Completion completion);
+
     // Main thread; counts from the next request.
     void setSource(Source source);
 

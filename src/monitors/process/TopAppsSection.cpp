@@ -1,12 +1,11 @@
 #include "monitors/process/TopAppsSection.h"
 
 #include "core/SystemApp.h"
-#include "monitors/process/TopApps.h"
 
 namespace vostel {
 
-ProcessList* makeTopAppsList(const QString& placeholder) {
-    return new ProcessList(placeholder, TopApps::limit);
+ProcessList* makeTopAppsList(const QString& placeholder, int reserved) {
+    return new ProcessList(placeholder, reserved);
 }
 
 std::vector<ProcessEntry> topAppEntries(const QList<ProcStat>& list, const QColor& color,

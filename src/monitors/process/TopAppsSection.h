@@ -7,13 +7,14 @@
 #include <QString>
 
 #include "monitors/process/ProcStat.h"
+#include "monitors/process/TopApps.h"
 #include "ui/FooterButtons.h"
 #include "ui/ProcessList.h"
 
 namespace vostel {
 
-// The list under "TOP APPS", with room for the eight rows that items ask for.
-ProcessList* makeTopAppsList(const QString& placeholder);
+// The list under "TOP APPS", with room for the eight rows that items ask for, or for `reserved`.
+ProcessList* makeTopAppsList(const QString& placeholder, int reserved = TopApps::limit);
 
 // The rows of such a list: `format` turns a process's value into its text, drawn in `color`.
 std::vector<ProcessEntry> topAppEntries(const QList<ProcStat>& list, const QColor& color,

@@ -15,6 +15,7 @@ constexpr std::size_t datagramSize = 32768;
 // Far above any machine: 65536 interfaces in datagrams of one each.
 constexpr int mostDatagrams = 65536;
 constexpr int attempts = 3;
+constexpr int mostAnnouncements = 256;  // taken at once; the rest waits for the next reading
 
 struct Request {
     nlmsghdr head{};
@@ -25,6 +26,7 @@ struct Request {
 
 NetlinkSource::~NetlinkSource() {
     close();
+    closeNews();
 }
 
 std::vector<InterfaceCounters> NetlinkSource::interfaces() {
@@ -32,7 +34,41 @@ std::vector<InterfaceCounters> NetlinkSource::interfaces() {
 }
 
 std::vector<InterfaceAddress> NetlinkSource::addresses() {
-    return read<InterfaceAddress>(RTM_GETADDR, parseAddresses);
+    if (addressesMayHaveChanged()) {
+        lastAddresses = read<InterfaceAddress>(RTM_GETADDR, parseAddresses);
+        // Nothing found may be a failure: asked for again.
+        known = news >= 0 && !lastAddresses.empty();
+    }
+    return lastAddresses;
+}
+
+// What is announced does not matter, only that something is. An announcement is taken before the
+// addresses are read, so that a change in between leads to one reading too many, never to one
+// too few. An overrun (ENOBUFS) means announcements were lost, and counts as one.
+bool NetlinkSource::addressesMayHaveChanged() {
+    if (news < 0) {
+        news = socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE);
+        sockaddr_nl groups{};
+        groups.nl_family = AF_NETLINK;
+        groups.nl_groups = RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR;
+        if (news >= 0 &&
+            bind(news, reinterpret_cast<const sockaddr*>(&groups), sizeof groups) != 0) {
+            closeNews();
+        }
+        return true;
+    }
+    for (int announcements = 0; announcements < mostAnnouncements; ++announcements) {
+        char start[64];
+        if (recv(news, start, sizeof start, MSG_DONTWAIT) >= 0 || errno == ENOBUFS) {
+            known = false;
+        } else if (errno == EAGAIN) {
+            break;
+        } else if (errno != EINTR) {
+            closeNews();
+            return true;
+        }
+    }
+    return !known;
 }
 
 // A dump that the kernel calls inconsistent, because the table changed meanwhile, is asked for
@@ -118,6 +154,13 @@ void NetlinkSource::close() {
     if (descriptor >= 0) {
         ::close(descriptor);
         descriptor = -1;
+    }
+}
+
+void NetlinkSource::closeNews() {
+    if (news >= 0) {
+        ::close(news);
+        news = -1;
     }
 }
 

@@ -12,6 +12,7 @@ namespace vostel {
 
 // The interfaces of the network namespace that the first reading is made in, over one kept
 // NETLINK_ROUTE socket. A reading never waits: the kernel has its answer ready when it is asked.
+// Addresses are read again only after the kernel announced, on a second socket, that some changed.
 class NetlinkSource : public NetworkSource {
   public:
     NetlinkSource() = default;
@@ -32,11 +33,16 @@ class NetlinkSource : public NetworkSource {
     Dump dump(int type, std::vector<Entry>& entries,
               NetlinkAnswer (*parse)(std::span<const std::byte>, std::uint32_t,
                                      std::vector<Entry>&));
+    bool addressesMayHaveChanged();
     bool open();
     bool ask(int type);
     void close();
+    void closeNews();
 
     int descriptor = -1;
+    int news = -1;       // announcements of changed addresses
+    bool known = false;  // `lastAddresses` was true when the last announcement was read
+    std::vector<InterfaceAddress> lastAddresses;
     std::uint32_t sequence = 0;
     std::vector<std::byte> buffer;
 };

@@ -224,12 +224,10 @@ bool ProcProcessSource::read(std::vector<ProcessRecord>& records) {
 }
 
 std::optional<ProcessDetails> ProcProcessSource::details(std::int32_t pid, double startSeconds) {
-    if (!openRoot()) {
-        return std::nullopt;
-    }
     // The descriptor stands for this very process: once it has ended, every file below it is gone,
-    // even when the pid has a new owner.
-    const Descriptor process(dirfd(root), std::to_string(pid).c_str(), O_DIRECTORY);
+    // even when the pid has a new owner. Not reached through `root`, which is read()'s.
+    const std::string folder = proc + '/' + std::to_string(pid);
+    const Descriptor process(AT_FDCWD, folder.c_str(), O_DIRECTORY);
     char buffer[statBytes];
     ProcessRecord record;
     if (process.get() < 0 ||

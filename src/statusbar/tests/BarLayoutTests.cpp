@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QPainter>
-
 #include "statusbar/BarLayout.h"
 #include "statusbar/BarPainter.h"
 #include "statusbar/DockStrut.h"

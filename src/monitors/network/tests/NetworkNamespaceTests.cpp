@@ -262,6 +262,22 @@ TEST_F(NetworkNamespaceTest, InterfacesThatChangeGiveNoSpike) {
     EXPECT_EQ(find("small"), nullptr);
 }
 
+// Addresses are kept between readings: a change must show in the next one all the same.
+TEST_F(NetworkNamespaceTest, AddressesThatChangeShowAtOnce) {
+    const auto shown = [&] {
+        tick();
+        return InterfaceInfo::addresses(monitor.interfaces(), source.addresses())["br0"];
+    };
+    EXPECT_EQ(shown().ipv4, "10.9.0.1");
+    ASSERT_TRUE(shell("ip addr add fd00:9::1/64 dev br0 nodad && ip addr del 10.9.0.1/24 dev br0"));
+    EXPECT_EQ(shown().ipv4, std::nullopt);
+    EXPECT_EQ(shown().ipv6Global, "fd00:9::1");
+    ASSERT_TRUE(
+        shell("for i in $(seq 2 200); do echo addr add 10.9.0.$i/24 dev br0; done | "
+              "ip -batch -"));
+    EXPECT_EQ(shown().ipv4, "10.9.0.200");
+}
+
 TEST_F(NetworkNamespaceTest, LoopbackTrafficIsNotCounted) {
     tick();
     const int out = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);

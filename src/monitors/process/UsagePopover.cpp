@@ -1,0 +1,42 @@
+#include "monitors/process/UsagePopover.h"
+
+#include <cmath>
+
+#include "monitors/process/TopAppsSection.h"
+
+namespace vostel {
+
+UsagePopover::UsagePopover(const QString& title, const QString& graphName, UsageViewModel& model,
+                           const ModuleSettings& moduleSettings)
+    : Popover(title),
+      settings(moduleSettings),
+      header(new HeaderRow(title)),
+      graph(new LineGraph),
+      frame(model) {
+    add(header);
+    graph->setName(graphName);
+    add(graph);
+    follow(frame.history, [this] {
+        graph->setColor(settings.effForeground());
+        graph->setHistory(frame.history.value());
+    });
+}
+
+void UsagePopover::addTopApps(const QString& placeholder, std::function<QString(double)> format,
+                              std::function<void()> openSettings, int reserved) {
+    processesTitle = new SectionTitle(QStringLiteral("TOP APPS"));
+    processes = makeTopAppsList(placeholder, reserved);
+    add(processesTitle);
+    add(processes);
+    setFooter(makeFooter(std::move(openSettings)));
+    follow(frame.topApps, [this, format = std::move(format)] {
+        processes->setEntries(
+            topAppEntries(frame.topApps.value(), settings.effForeground(), format));
+    });
+}
+
+QString UsagePopover::percent(double fraction) {
+    return QStringLiteral("%1%").arg(std::lround(fraction * 100));
+}
+
+}  // namespace vostel
