@@ -4,9 +4,11 @@
 #include "monitors/cpu/CPUModule.h"
 #include "monitors/cpu/CPUSettingsPanel.h"
 #include "monitors/gpu/GPUModule.h"
+#include "monitors/gpu/GPUSettingsPanel.h"
 #include "monitors/memory/MemoryModule.h"
 #include "monitors/memory/MemorySettingsPanel.h"
 #include "monitors/network/NetworkModule.h"
+#include "monitors/network/NetworkSettingsPanel.h"
 
 namespace vostel {
 
@@ -30,7 +32,10 @@ constexpr Row rows[] = {
          return std::make_unique<NetworkModule>(context, s.network,
                                                 NetworkOutside::ofThisMachine(context, s.icons));
      },
-     "network"},
+     "network",
+     [](AppServices& s) -> SettingsPanel* {
+         return new NetworkSettingsPanel(s.network, s.notifications);
+     }},
     {"cpu", "CPU Graph", true,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<CPUModule>(context, s.cpu, s.processes);
@@ -53,7 +58,8 @@ constexpr Row rows[] = {
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<GPUModule>(context, s.gpu, s.processes);
      },
-     "gpu"},
+     "gpu",
+     [](AppServices& s) -> SettingsPanel* { return new GPUSettingsPanel(s.gpu, s.notifications); }},
 };
 
 }  // namespace

@@ -1,0 +1,16 @@
+#include "monitors/gpu/GPUSettingsPanel.h"
+
+#include "ui/settings/AppearanceOverrideSection.h"
+#include "ui/settings/TextRow.h"
+
+namespace vostel {
+
+GPUSettingsPanel::GPUSettingsPanel(GPUSettings& settings, NotificationCenter& notifications)
+    : SettingsPanel(QStringLiteral("GPU")) {
+    addSection(QStringLiteral("Menu Bar"));
+    addRow(new TextRow(QStringLiteral("Label (Optional)"), bound(settings.label)));
+    AppearanceOverrideSection{settings}.addTo(*this);
+    follow(notifications, {settings.changeNotification(), "globalSettingsChanged"});
+}
+
+}  // namespace vostel
