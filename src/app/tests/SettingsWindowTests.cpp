@@ -120,16 +120,16 @@ TEST_F(SettingsWindowTest, tabReachesEveryControlOfEveryPage) {
 TEST_F(SettingsWindowTest, theSidebarChoosesWithArrowsAndSwitchesModules) {
     SettingsWindow* window = open("general");
     row(window, "general")->setFocus();
-    for (const char* expected : {"appearance", "cpu", "memory"}) {
+    for (const char* expected : {"appearance", "network", "cpu"}) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
         EXPECT_EQ(window->selected(), QLatin1String(expected));
     }
-    auto* toggle = row(window, "cpu")->findChild<QAbstractButton*>();
+    auto* toggle = row(window, "memory")->findChild<QAbstractButton*>();
     ASSERT_TRUE(toggle->isChecked());
     QTest::mouseClick(toggle, Qt::LeftButton);
-    EXPECT_EQ(delegate.moduleManager->running(QStringLiteral("cpu")), nullptr);
-    EXPECT_EQ(window->selected(), QStringLiteral("memory")) << "the switch is not the row";
-    delegate.moduleManager->setEnabled(true, QStringLiteral("cpu"));  // as the Modules menu does
+    EXPECT_EQ(delegate.moduleManager->running(QStringLiteral("memory")), nullptr);
+    EXPECT_EQ(window->selected(), QStringLiteral("cpu")) << "the switch is not the row";
+    delegate.moduleManager->setEnabled(true, QStringLiteral("memory"));  // as the Modules menu does
     EXPECT_TRUE(toggle->isChecked());
 }
 
@@ -157,7 +157,8 @@ TEST_F(SettingsWindowTest, searchFindsASettingByItsWords) {
          "cpu",
          {QStringLiteral("Efficiency Core Color")}},
         {"colour TEXT",
-         {QStringLiteral("appearance"), QStringLiteral("cpu"), QStringLiteral("memory")},
+         {QStringLiteral("appearance"), QStringLiteral("network"), QStringLiteral("cpu"),
+          QStringLiteral("memory"), QStringLiteral("gpu")},
          "cpu",
          {QStringLiteral("Text Color")}},
         {"taskbar", {QStringLiteral("general")}, "general", {QStringLiteral("Show Dock Icon")}},
@@ -181,6 +182,38 @@ TEST_F(SettingsWindowTest, searchFindsASettingByItsWords) {
     EXPECT_TRUE(search->text().isEmpty());
     EXPECT_TRUE(window->isVisible()) << "the first Escape ends the search";
     EXPECT_TRUE(row(window, "general")->isVisible());
+}
+
+// Catches interfaces that are not offered, lost when they are down, or not taken out again.
+TEST_F(SettingsWindowTest, interfacesAreChosenOneByOne) {
+    delegate.moduleManager->stopAll();  // the list is the test's
+    services.network.interfaceMode = InterfaceMode::custom;
+    services.network.selectedInterfaces = QStringList{QStringLiteral("gone0")};
+    services.network.knownInterfaces = QStringList{QStringLiteral("eth7")};
+    SettingsWindow* window = open("network");
+    const auto click = [&](const char* name) {
+        for (auto* each : window->findChildren<QAbstractButton*>()) {
+            if (each->accessibleName() == QLatin1String(name) && each->isVisible()) {
+                QTest::mouseClick(each, Qt::LeftButton);
+                QCoreApplication::processEvents();
+                return true;
+            }
+        }
+        return false;
+    };
+    const auto& chosen = services.network.selectedInterfaces;
+    EXPECT_TRUE(click("eth7"));
+    EXPECT_EQ(chosen(), QStringList({QStringLiteral("gone0"), QStringLiteral("eth7")}));
+    EXPECT_TRUE(click("gone0"));
+    EXPECT_EQ(chosen(), QStringList(QStringLiteral("eth7")));
+    EXPECT_FALSE(click("gone0")) << "neither there nor chosen";
+    services.network.knownInterfaces = QStringList{QStringLiteral("wlan7")};
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(click("wlan7"));
+    EXPECT_TRUE(click("Include: All"));
+    EXPECT_FALSE(click("wlan7"));
+    EXPECT_EQ(services.defaults.values().text(QStringLiteral("net.interfaceMode")),
+              QStringLiteral("all"));
 }
 
 }  // namespace

@@ -5,8 +5,7 @@
 
 namespace vostel {
 
-GPUSettingsPanel::GPUSettingsPanel(GPUSettings& settings,
-                                         NotificationCenter& notifications)
+GPUSettingsPanel::GPUSettingsPanel(GPUSettings& settings, NotificationCenter& notifications)
     : SettingsPanel(QStringLiteral("GPU")) {
     addSection(QStringLiteral("Menu Bar"));
     addRow(new TextRow(QStringLiteral("Label (Optional)"), bound(settings.label)));

@@ -1,7 +1,9 @@
 #include "monitors/network/NetworkSettingsPanel.h"
 
+#include <QVBoxLayout>
+
 #include "core/SystemColors.h"
-#include "monitors/network/InterfaceChoice.h"
+#include "ui/NoteLine.h"
 #include "ui/settings/AppearanceOverrideSection.h"
 #include "ui/settings/ChoiceRow.h"
 #include "ui/settings/HexColorPicker.h"
@@ -12,84 +14,134 @@ namespace vostel {
 
 namespace {
 
-QString text(std::string_view raw) {
+QString textOfRaw(std::string_view raw) {
     return QString::fromLatin1(raw.data(), static_cast<qsizetype>(raw.size()));
 }
 
-// What a choice row needs of a setting that is one of a few: its text, and the way back.
-template <typename T, typename Parse>
-Binding<QString> boundChoice(ChoiceSetting<T>& setting, Parse parse) {
-    return {[&setting] { return text(rawValue(setting())); },
-            [&setting, parse](const QString& value) { setting = parse(value.toStdString()); }};
+// A choice as the text that stands for it; `parse` reads such a text.
+template <typename Kind, typename Parse>
+Binding<QString> boundText(ChoiceSetting<Kind>& setting, Parse parse) {
+    return {[&setting] { return textOfRaw(rawValue(setting())); },
+            [&setting, parse](const QString& text) { setting = parse(text.toStdString()); }};
 }
 
-QString explanation(InterfaceMode mode) {
+template <typename Kind>
+Choice choice(Kind kind, const char* label) {
+    return {textOfRaw(rawValue(kind)), QLatin1String(label)};
+}
+
+QString noteOf(InterfaceMode mode, bool nothingToChoose) {
     switch (mode) {
         case InterfaceMode::automatic:
             return QStringLiteral(
                 "Only interfaces that currently have an address or are passing traffic are "
-                "included — so VPNs like Tailscale that create and switch between interfaces are "
-                "followed automatically.");
+                "included "
+                "— so VPNs like Tailscale that create and switch between interfaces are followed "
+                "automatically.");
         case InterfaceMode::all:
             return QStringLiteral("Every network interface is included in the graph.");
         case InterfaceMode::custom:
             break;
     }
-    return {};
+    return nothingToChoose ? QStringLiteral("No active interfaces detected yet.") : QString();
 }
 
 }  // namespace
 
-NetworkSettingsPanel::NetworkSettingsPanel(NetworkSettings& settings,
+NetworkSettingsPanel::NetworkSettingsPanel(NetworkSettings& networkSettings,
                                            NotificationCenter& notifications)
-    : SettingsPanel(QStringLiteral("Network")) {
-    addSection(QStringLiteral("Menu Bar"));
-    addRow(new ChoiceRow(QStringLiteral("Display Mode"),
-                         {{QStringLiteral("stacked"), QStringLiteral("Stacked")},
-                          {QStringLiteral("mirrored"), QStringLiteral("Mirrored")},
-                          {QStringLiteral("opposing"), QStringLiteral("Opposing")}},
-                         boundChoice(settings.displayMode, displayModeFrom)));
-    addRow(new ChoiceRow(QStringLiteral("Display Style"),
-                         {{QStringLiteral("line"), QStringLiteral("Line")},
-                          {QStringLiteral("bars"), QStringLiteral("Bars")}},
-                         boundChoice(settings.displayStyle, displayStyleFrom)));
-    addRow(new HexColorPicker(QStringLiteral("Upload Color"), bound(settings.upColorHex),
-                              [] { return systemBlue(); }));
-    addRow(new ToggleRow(QStringLiteral("Show Numbers Next to Graph"), bound(settings.showNumbers)));
-    addRow(new TextRow(QStringLiteral("Label (Optional)"), bound(settings.label)));
-
-    addInterfaces(settings, notifications);
-
-    addSection(QStringLiteral("Public Address"));
-    auto* lookUp =
-        new ToggleRow(QStringLiteral("Look Up Public Address"), bound(settings.lookUpWAN));
-    lookUp->setHint(QStringLiteral("Asks a public service over HTTPS every two minutes."));
-    lookUp->setKeywords(QStringLiteral("WAN IP"));
-    addRow(lookUp);
-
+    : SettingsPanel(QStringLiteral("Network")), settings(networkSettings) {
+    addGraphSection();
+    addInterfaceSection();
     AppearanceOverrideSection{settings}.addTo(*this);
     follow(notifications, {settings.changeNotification(), "globalSettingsChanged"});
+    knownChanged = settings.knownInterfaces.addNotifier([this] { listInterfaces(); });
 }
 
-void NetworkSettingsPanel::addInterfaces(NetworkSettings& settings,
-                                         NotificationCenter& notifications) {
+void NetworkSettingsPanel::addGraphSection() {
+    addSection(QStringLiteral("Menu Bar"));
+    addRow(new ChoiceRow(
+        QStringLiteral("Display Mode"),
+        {choice(DisplayMode::stacked, "Stacked"), choice(DisplayMode::mirrored, "Mirrored"),
+         choice(DisplayMode::opposing, "Opposing")},
+        boundText(settings.displayMode,
+                  [](const std::string& text) { return displayModeFrom(text); })));
+    addRow(new ChoiceRow(QStringLiteral("Display Style"),
+                         {choice(DisplayStyle::line, "Line"), choice(DisplayStyle::bars, "Bars")},
+                         boundText(settings.displayStyle, [](const std::string& text) {
+                             return displayStyleFrom(text);
+                         })));
+    addRow(new HexColorPicker(QStringLiteral("Upload Color"), bound(settings.upColorHex),
+                              [] { return systemBlue(); }));
+    addRow(
+        new ToggleRow(QStringLiteral("Show Numbers Next to Graph"), bound(settings.showNumbers)));
+    addRow(new TextRow(QStringLiteral("Label (Optional)"), bound(settings.label)));
+    auto* address =
+        new ToggleRow(QStringLiteral("Look Up Public Address"), bound(settings.lookUpWAN));
+    address->setHint(QStringLiteral("Asks a public service for the address that others see."));
+    addRow(address);
+}
+
+void NetworkSettingsPanel::addInterfaceSection() {
     addSection(QStringLiteral("Interfaces Shown"));
-    auto* mode = new ChoiceRow(QStringLiteral("Interfaces"),
-                               {{QStringLiteral("automatic"), QStringLiteral("Automatic")},
-                                {QStringLiteral("all"), QStringLiteral("All")},
-                                {QStringLiteral("custom"), QStringLiteral("Custom")}},
-                               boundChoice(settings.interfaceMode, [](const std::string& value) {
-                                   return interfaceModeFrom(value, std::nullopt);
-                               }));
-    addRow(mode);
-    auto* choice = new InterfaceChoice(settings);
-    addWidget(choice);
-    const auto show = [&settings, mode, choice] {
-        mode->setHint(explanation(settings.interfaceMode()));
-        choice->refresh();
-    };
-    subscription = notifications.subscribe(settings.changeNotification(), show);
-    show();
+    addRow(new ChoiceRow(
+        QStringLiteral("Include"),
+        {choice(InterfaceMode::automatic, "Automatic"), choice(InterfaceMode::all, "All"),
+         choice(InterfaceMode::custom, "Custom")},
+        boundText(settings.interfaceMode,
+                  [](const std::string& text) { return interfaceModeFrom(text, std::nullopt); })));
+    list = new QWidget;
+    listColumn = new QVBoxLayout(list);
+    listColumn->setContentsMargins(0, 0, 0, 0);
+    listColumn->setSpacing(0);
+    addWidget(list);
+    modeNote = addNote(QString());
+}
+
+void NetworkSettingsPanel::refresh() {
+    SettingsPanel::refresh();
+    listInterfaces();
+    for (ToggleRow* row : interfaceRows) {
+        row->refresh();
+    }
+    modeNote->setNote(noteOf(settings.interfaceMode(), listed.isEmpty()));
+}
+
+void NetworkSettingsPanel::listInterfaces() {
+    QStringList names;
+    if (settings.interfaceMode() == InterfaceMode::custom) {
+        names = settings.knownInterfaces.value() + settings.selectedInterfaces();
+        names.removeDuplicates();
+        names.sort();
+    }
+    if (names == listed && list->isHidden() == names.isEmpty()) {
+        return;
+    }
+    listed = names;
+    for (ToggleRow* row : interfaceRows) {
+        row->hide();
+        row->deleteLater();  // its own click may be what changed the list
+    }
+    interfaceRows.clear();
+    for (const QString& name : names) {
+        interfaceRows.push_back(makeInterfaceRow(name));
+        listColumn->addWidget(interfaceRows.back());
+    }
+    list->setVisible(!names.isEmpty());
+    modeNote->setNote(noteOf(settings.interfaceMode(), names.isEmpty()));
+}
+
+ToggleRow* NetworkSettingsPanel::makeInterfaceRow(const QString& name) {
+    return new ToggleRow(name,
+                         {[this, name] { return settings.selectedInterfaces().contains(name); },
+                          [this, name](bool on) {
+                              QStringList selected = settings.selectedInterfaces();
+                              selected.removeAll(name);
+                              if (on) {
+                                  selected << name;
+                              }
+                              settings.selectedInterfaces = selected;
+                          }});
 }
 
 }  // namespace vostel

@@ -1,9 +1,16 @@
 #pragma once
 
+#include <QProperty>
+
 #include "monitors/network/NetworkSettings.h"
 #include "ui/settings/SettingsPanel.h"
 
+class QVBoxLayout;
+
 namespace vostel {
+
+class NoteLine;
+class ToggleRow;
 
 // The page of the network item.
 class NetworkSettingsPanel : public SettingsPanel {
@@ -13,10 +20,22 @@ class NetworkSettingsPanel : public SettingsPanel {
     // `settings` outlives the panel.
     NetworkSettingsPanel(NetworkSettings& settings, NotificationCenter& notifications);
 
-  private:
-    void addInterfaces(NetworkSettings& settings, NotificationCenter& notifications);
+    void refresh() override;
 
-    NotificationCenter::Subscription subscription;
+  private:
+    void addGraphSection();
+    void addInterfaceSection();
+    // One switch for each interface that is there or chosen, in the custom mode.
+    void listInterfaces();
+    ToggleRow* makeInterfaceRow(const QString& name);
+
+    NetworkSettings& settings;
+    NoteLine* modeNote = nullptr;
+    QWidget* list = nullptr;
+    QVBoxLayout* listColumn = nullptr;
+    QStringList listed;
+    std::vector<ToggleRow*> interfaceRows;
+    QPropertyNotifier knownChanged;
 };
 
 }  // namespace vostel

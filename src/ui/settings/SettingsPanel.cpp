@@ -88,10 +88,11 @@ void SettingsPanel::addWidget(QWidget* widget) {
     card->add(widget);
 }
 
-void SettingsPanel::addNote(const QString& text) {
+NoteLine* SettingsPanel::addNote(const QString& text) {
     auto* note = new NoteLine;
     column->addWidget(note);
     note->setNote(text);
+    return note;
 }
 
 void SettingsPanel::follow(NotificationCenter& center,

@@ -11,6 +11,7 @@ class QVBoxLayout;
 
 namespace vostel {
 
+class NoteLine;
 class SettingsCard;
 class SettingsRow;
 
@@ -30,11 +31,11 @@ class SettingsPanel : public QScrollArea {
     void addRow(SettingsRow* row);
     void addWidget(QWidget* widget);
     // A quiet text under the rows so far.
-    void addNote(const QString& text);
+    NoteLine* addNote(const QString& text);
 
     // All rows show what the settings hold, now and whenever one of the notifications is posted.
     void follow(NotificationCenter& center, const std::vector<std::string>& notifications);
-    void refresh();
+    virtual void refresh();
 
     // Marks the rows that the words of a search are found in, and scrolls to the first of them. No
     // words: no marks. True when the panel or one of its rows holds all of the words.

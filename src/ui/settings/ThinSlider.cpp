@@ -2,6 +2,7 @@
 
 #include <QStyle>
 #include <QStyleOptionSlider>
+#include <QWheelEvent>
 
 #include "ui/Theme.h"
 #include "ui/settings/SettingsLook.h"
@@ -22,6 +23,14 @@ ThinSlider::ThinSlider(const QString& name, QWidget* parent) : QSlider(Qt::Horiz
 
 QSize ThinSlider::sizeHint() const {
     return {SettingsLook::valueWidth, 26};
+}
+
+void ThinSlider::wheelEvent(QWheelEvent* event) {
+    if (hasFocus()) {
+        QSlider::wheelEvent(event);
+    } else {
+        event->ignore();
+    }
 }
 
 void ThinSlider::paintEvent(QPaintEvent*) {

@@ -15,6 +15,8 @@ class ThinSlider : public QSlider {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
+    // Only where the keyboard is: a page that scrolls under the pointer changes nothing.
+    void wheelEvent(QWheelEvent* event) override;
 };
 
 }  // namespace vostel
