@@ -73,7 +73,7 @@ void drawBars(QPainter& painter, const QRectF& rect, std::span<const Column> col
     };
     const auto fill = [&](double left, double right, const Reach& reach, const QColor& color) {
         const double height = std::abs(reach.to - reach.from);
-        if (height > pixel / 4) {  // fainter than a quarter of a pixel is noise
+        if (height > pixel / 2) {  // what is fainter would be a coloured shade of the edge
             painter.fillRect(
                 QRectF(left, rect.y() + std::min(reach.from, reach.to), right - left - gap, height),
                 color);
@@ -113,11 +113,8 @@ void drawLines(QPainter& painter, const QRectF& rect, std::span<const Column> co
         const double x = rect.right() - slot * static_cast<double>(columns.size() - 1 - i);
         const double heights[] = {columns[i].down.from, columns[i].down.to, columns[i].up.from,
                                   columns[i].up.to};
-        // Half the line's width inside, so that 0 and 1 show the whole line.
-        const double low = config.lineWidth / 2;
         for (std::size_t k = 0; k < 4; ++k) {
-            points[k].emplace_back(
-                x, rect.y() + std::clamp(heights[k], low, std::max(low, rect.height() - low)));
+            points[k].emplace_back(x, rect.y() + heights[k]);
         }
     }
     drawCurve(painter, points[0], points[1], config.down, config.lineWidth);

@@ -22,6 +22,7 @@ constexpr double graphWidth = 60;  // points: one for each sample
 constexpr double numbersGap = 5;
 constexpr double arrowWidth = 5;
 constexpr double arrowGap = 3;
+constexpr double squareArrow = 4;
 constexpr float monochromeUpAlpha = 0.55F;
 
 // The width of the widest text out of some, at one size. Measuring costs more than drawing and the
@@ -90,18 +91,24 @@ void drawArrow(QPainter& painter, const QRectF& rect, bool up, const QColor& col
     painter.restore();
 }
 
+struct Numbers {
+    QString up;
+    QString down;
+    double textSize = 0;  // points
+    double arrow = 0;     // its width
+};
+
 // Two lines, upload over download: an arrow in the direction's colour, then the text at the right.
-void drawNumbers(QPainter& painter, const QRectF& rect, const std::array<QString, 2>& upAndDown,
-                 double textSize, const Directions& directions, const QColor& textColor) {
+void drawNumbers(QPainter& painter, const QRectF& rect, const Numbers& numbers,
+                 const Directions& directions, const QColor& textColor) {
     const double line = rect.height() / 2;
-    for (int i = 0; i < 2; ++i) {
-        const bool up = i == 0;
+    const double height = std::min(numbers.arrow * 0.8, line);
+    for (const bool up : {true, false}) {
         const QRectF row(rect.x(), rect.y() + (up ? line : 0), rect.width(), line);
-        const double height = std::min(4.0, line);
-        drawArrow(painter, QRectF(row.x(), row.center().y() - height / 2, arrowWidth, height), up,
-                  up ? directions.up : directions.down);
-        MenuBarImage::drawText(painter, row.adjusted(arrowWidth + 1, 0, 0, 0),
-                               upAndDown[static_cast<std::size_t>(i)], textSize, textColor,
+        drawArrow(painter, QRectF(row.x(), row.center().y() - height / 2, numbers.arrow, height),
+                  up, up ? directions.up : directions.down);
+        MenuBarImage::drawText(painter, row.adjusted(numbers.arrow, 0, 0, 0),
+                               up ? numbers.up : numbers.down, numbers.textSize, textColor,
                                Qt::AlignRight | Qt::AlignVCenter);
     }
 }
@@ -120,13 +127,15 @@ StatusImage makeSquareImage(const NetworkImageInput& input, const ImageContext& 
     return MenuBarImage::make(
         context.thickness, input.appearance, context,
         [&](QPainter& painter, const QRectF& rect, const ImageColors& colors) {
-            const double room = rect.width() - arrowWidth - 1;
+            const double room = rect.width() - squareArrow;
             double size = std::floor(rect.height() / 2 * 0.9 * 2) / 2;
             while (size > 5 && widestOf(widest, size, context.scale) > room) {
                 size -= 0.5;
             }
-            drawNumbers(painter, rect, {shortRate(input.current.up), shortRate(input.current.down)},
-                        size, colorsOf(input, colors), colors.text);
+            drawNumbers(
+                painter, rect,
+                {shortRate(input.current.up), shortRate(input.current.down), size, squareArrow},
+                colorsOf(input, colors), colors.text);
         });
 }
 
@@ -171,9 +180,10 @@ StatusImage makeNetworkImage(const NetworkImageInput& input, const ImageContext&
                                {input.mode, input.style, directions.down, directions.up, 1.0});
             painter.restore();
             if (input.showNumbers) {
-                drawNumbers(painter, rect.adjusted(graphWidth + numbersGap, 0, 0, 0),
-                            {rate(input.current.up), rate(input.current.down)}, textSize,
-                            directions, colors.text);
+                drawNumbers(
+                    painter, rect.adjusted(graphWidth + numbersGap, 0, 0, 0),
+                    {rate(input.current.up), rate(input.current.down), textSize, arrowWidth},
+                    directions, colors.text);
             }
         });
 }

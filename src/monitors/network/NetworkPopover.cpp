@@ -72,8 +72,8 @@ void NetworkPopover::build(std::function<void()> openSettings) {
 }
 
 void NetworkPopover::follow() {
-    const auto on = [this](auto& property, auto update) {
-        notifiers.push_back(property.addNotifier([this, update] { (this->*update)(); }));
+    const auto on = [this](auto& property, auto apply) {
+        notifiers.push_back(property.addNotifier([this, apply] { (this->*apply)(); }));
     };
     on(model.aggregate, &NetworkPopover::showGraph);
     on(model.current, &NetworkPopover::showRates);
@@ -101,10 +101,8 @@ void NetworkPopover::showGraph() {
 
 void NetworkPopover::showRates() {
     const NetSample current = model.current.value();
-    rates->setDown({rate(current.down), QStringLiteral("Peak ") + rate(model.peakDown.value()),
-                    settings.effForeground()});
-    rates->setUp({rate(current.up), QStringLiteral("Peak ") + rate(model.peakUp.value()),
-                  settings.upColor()});
+    rates->setDown({rate(current.down), rate(model.peakDown.value()), settings.effForeground()});
+    rates->setUp({rate(current.up), rate(model.peakUp.value()), settings.upColor()});
 }
 
 void NetworkPopover::showSession() {

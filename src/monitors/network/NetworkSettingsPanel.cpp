@@ -123,22 +123,22 @@ void NetworkSettingsPanel::listInterfaces() {
         row->deleteLater();  // its own click may be what changed the list
     }
     interfaceRows.clear();
-    for (const QString& name : names) {
-        interfaceRows.push_back(makeInterfaceRow(name));
+    for (const QString& interface : names) {
+        interfaceRows.push_back(makeInterfaceRow(interface));
         listColumn->addWidget(interfaceRows.back());
     }
     list->setVisible(!names.isEmpty());
     modeNote->setNote(noteOf(settings.interfaceMode(), names.isEmpty()));
 }
 
-ToggleRow* NetworkSettingsPanel::makeInterfaceRow(const QString& name) {
-    return new ToggleRow(name,
-                         {[this, name] { return settings.selectedInterfaces().contains(name); },
-                          [this, name](bool on) {
+ToggleRow* NetworkSettingsPanel::makeInterfaceRow(const QString& interface) {
+    return new ToggleRow(interface,
+                         {[this, interface] { return settings.selectedInterfaces().contains(interface); },
+                          [this, interface](bool on) {
                               QStringList selected = settings.selectedInterfaces();
-                              selected.removeAll(name);
+                              selected.removeAll(interface);
                               if (on) {
-                                  selected << name;
+                                  selected << interface;
                               }
                               settings.selectedInterfaces = selected;
                           }});

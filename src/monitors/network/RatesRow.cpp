@@ -43,8 +43,8 @@ void RatesRow::setUp(const Direction& direction) {
 }
 
 void RatesRow::describe() {
-    setAccessibleName(QStringLiteral("Download %1, %2; upload %3, %4")
-                          .arg(down.rate, down.peak.toLower(), up.rate, up.peak.toLower()));
+    setAccessibleName(QStringLiteral("Download %1, peak %2; upload %3, peak %4")
+                          .arg(down.rate, down.peak, up.rate, up.peak));
 }
 
 QSize RatesRow::sizeHint() const {
@@ -74,7 +74,7 @@ void RatesRow::paintEvent(QPaintEvent*) {
         painter.setPen(theme.secondary);
         FigureText::draw(painter,
                          QRectF(text.left(), bigHeight, text.width(), cell.height() - bigHeight),
-                         small, direction.peak, Qt::AlignLeft);
+                         small, QStringLiteral("Peak ") + direction.peak, Qt::AlignLeft);
     }
 }
 
