@@ -20,8 +20,8 @@
 
 namespace vostel {
 
-// The one instance of everything that modules share, in the order in which it is built; taken down in
-// the reverse order.
+// The one instance of everything that modules share, in the order in which it is built; taken down
+// in the reverse order.
 class AppServices {
   public:
     // Reads the settings and, on the first run, seeds them before any settings object reads them.
@@ -45,7 +45,8 @@ class AppServices {
     NetworkSettings network;
 };
 
-// The order of the items, kept under "app.itemOrder"; the registry's order until the user changes it.
+// The order of the items, kept under "app.itemOrder"; the registry's order until the user changes
+// it.
 class ItemOrder : public ItemOrderStore {
   public:
     ItemOrder(DefaultsStore& store, QStringList defaultOrder);

@@ -1,8 +1,8 @@
 #include "app/BarChoice.h"
 
-#include <memory>
-
 #include <xcb/xcb.h>
+
+#include <memory>
 
 #include "core/Log.h"
 

@@ -55,7 +55,9 @@ CommandLine failed(CommandLine result, const QString& message) {
     return result;
 }
 
-QString programName() { return QStringLiteral("vostel ") + QStringLiteral(VOSTEL_VERSION); }
+QString programName() {
+    return QStringLiteral("vostel ") + QStringLiteral(VOSTEL_VERSION);
+}
 
 // The options of each command, and nothing else, are known to the parser.
 void addOptions(QCommandLineParser& parser, CommandLine::Command command) {
@@ -110,7 +112,8 @@ CommandLine readSnapshot(CommandLine result, const QCommandLineParser& parser,
     } else if (appearance == QStringLiteral("light")) {
         result.appearance = Appearance::Light;
     } else if (parser.isSet(QStringLiteral("appearance"))) {
-        return failed(result, QStringLiteral("unknown appearance: %1 (known: dark, light)").arg(appearance));
+        return failed(
+            result, QStringLiteral("unknown appearance: %1 (known: dark, light)").arg(appearance));
     }
     return result;
 }
@@ -125,14 +128,16 @@ CommandLine readRun(CommandLine result, const QCommandLineParser& parser) {
         const QString name = parser.value(QStringLiteral("bar"));
         result.bar = barKindFromText(name);
         if (!result.bar) {
-            return failed(result,
-                          QStringLiteral("unknown bar: %1 (known: auto, dock, tray, offscreen)").arg(name));
+            return failed(
+                result,
+                QStringLiteral("unknown bar: %1 (known: auto, dock, tray, offscreen)").arg(name));
         }
     }
     if (!result.imagePath.isEmpty()) {
         const QFileInfo folder(QFileInfo(result.imagePath).absolutePath());
         if (!folder.isDir() || !folder.isWritable()) {
-            return failed(result, QStringLiteral("no folder to write into: %1").arg(folder.filePath()));
+            return failed(result,
+                          QStringLiteral("no folder to write into: %1").arg(folder.filePath()));
         }
     }
     return result;
@@ -171,7 +176,8 @@ CommandLine CommandLine::parse(const QStringList& arguments, const QStringList& 
             result.command = Command::Status;
             help = statusHelp;
         } else {
-            return failed(result, QStringLiteral("unknown command: %1 (see vostel --help)").arg(command));
+            return failed(result,
+                          QStringLiteral("unknown command: %1 (see vostel --help)").arg(command));
         }
     }
     QCommandLineParser parser;
@@ -180,7 +186,9 @@ CommandLine CommandLine::parse(const QStringList& arguments, const QStringList& 
         return failed(result, parser.errorText());
     }
     if (!parser.positionalArguments().isEmpty()) {
-        return failed(result, QStringLiteral("unexpected argument: %1").arg(parser.positionalArguments().front()));
+        return failed(
+            result,
+            QStringLiteral("unexpected argument: %1").arg(parser.positionalArguments().front()));
     }
     if (parser.isSet(QStringLiteral("help"))) {
         result.message = QLatin1String(help);

@@ -67,10 +67,9 @@ constexpr Row rows[] = {
 std::vector<Registration> makeRegistry(AppServices& services, AppContext& context) {
     std::vector<Registration> registry;
     for (const Row& row : rows) {
-        registry.push_back({QLatin1String(row.id), QLatin1String(row.title), row.defaultEnabled,
-                            [&services, &context, make = row.make] {
-                                return make(services, context);
-                            }});
+        registry.push_back(
+            {QLatin1String(row.id), QLatin1String(row.title), row.defaultEnabled,
+             [&services, &context, make = row.make] { return make(services, context); }});
     }
     return registry;
 }

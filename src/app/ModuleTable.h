@@ -12,8 +12,8 @@ namespace vostel {
 
 class AppServices;
 
-// The registration table: every item of the program, in the order of the Modules menu. The factories
-// borrow both arguments.
+// The registration table: every item of the program, in the order of the Modules menu. The
+// factories borrow both arguments.
 std::vector<Registration> makeRegistry(AppServices& services, AppContext& context);
 
 // The items' pages of the settings window, in the order of the table. The factories borrow the

@@ -10,6 +10,7 @@
 #include "app/ModuleTable.h"
 #include "app/SignalWatcher.h"
 #include "app/SingleInstance.h"
+#include "core/Log.h"
 #include "statusbar/DockBar.h"
 
 namespace vostel {
@@ -29,20 +30,31 @@ void flushAtExit() {
 Display prepareDisplay(std::optional<BarKind> asked) {
     const Display display = asked == BarKind::Offscreen ? Display::None : findDisplay();
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || display == Display::None) {
-        qputenv("QT_QPA_PLATFORM", display == Display::X11       ? "xcb"
-                                   : display == Display::Wayland ? "wayland"
+        // Without the second name a display that cannot be used would end the program.
+        qputenv("QT_QPA_PLATFORM", display == Display::X11       ? "xcb;offscreen"
+                                   : display == Display::Wayland ? "wayland;offscreen"
                                                                  : "offscreen");
     }
     DockBar::prepareProcess();
     return display;
 }
 
+// What the application object got hold of.
+Display reachedDisplay(Display found) {
+    if (found == Display::None || QGuiApplication::platformName() != QStringLiteral("offscreen")) {
+        return found;
+    }
+    logLine(QStringLiteral("the display cannot be used; is it there, and Qt's plugin for it?"));
+    return Display::None;
+}
+
 }  // namespace
 
 int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
-    const Display display = prepareDisplay(commandLine.bar);
+    const Display found = prepareDisplay(commandLine.bar);
     QApplication::setDesktopFileName(QStringLiteral("com.vostel.app"));
     QApplication application(argc, argv);
+    const Display display = reachedDisplay(found);
     QApplication::setApplicationName(QStringLiteral("vostel"));
     QApplication::setQuitOnLastWindowClosed(false);
 

@@ -34,7 +34,7 @@ SignalWatcher::SignalWatcher(QObject* parent) : QObject(parent) {
         }
         Q_EMIT quitRequested();
     });
-    struct sigaction action{};
+    struct sigaction action {};
     action.sa_handler = onSignal;
     action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
     for (const int number : watched) {

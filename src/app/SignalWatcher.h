@@ -7,8 +7,8 @@
 
 namespace vostel {
 
-// Turns SIGTERM, SIGINT and SIGHUP into a signal of the event loop. One instance; a second signal of
-// the same kind while the program is quitting ends it at once.
+// Turns SIGTERM, SIGINT and SIGHUP into a signal of the event loop. One instance; a second signal
+// of the same kind while the program is quitting ends it at once.
 class SignalWatcher : public QObject {
     Q_OBJECT
 

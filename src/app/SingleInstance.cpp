@@ -12,6 +12,7 @@
 #include <QFile>
 
 #include "core/Log.h"
+#include "statusbar/SessionBus.h"
 
 namespace vostel {
 
@@ -53,15 +54,24 @@ void SingleInstance::release() {
 }
 
 void SingleInstance::listen() {
+    // Without an address the D-Bus library would start a bus of its own, and leave it running.
+    if (sessionBusAddress().isEmpty() || !QDBusConnection::sessionBus().isConnected()) {
+        logLine(QStringLiteral(
+            "no D-Bus session bus: no tray, and a second start does not reach this one"));
+        return;
+    }
     QDBusConnection bus = QDBusConnection::sessionBus();
-    if (bus.isConnected() && bus.registerService(service)) {
+    if (bus.registerService(service)) {
         bus.registerObject(object, this, QDBusConnection::ExportScriptableSlots);
     }
 }
 
 bool SingleInstance::askToShowSettings() {
-    const QDBusMessage call = QDBusMessage::createMethodCall(service, object, interface,
-                                                             QStringLiteral("ShowSettings"));
+    if (sessionBusAddress().isEmpty()) {
+        return false;
+    }
+    const QDBusMessage call =
+        QDBusMessage::createMethodCall(service, object, interface, QStringLiteral("ShowSettings"));
     const QDBusMessage answer =
         QDBusConnection::sessionBus().call(call, QDBus::Block, answerMilliseconds);
     return answer.type() == QDBusMessage::ReplyMessage;

@@ -7,8 +7,8 @@
 
 namespace vostel {
 
-// One running program per user session: a lock held by the kernel, so that it never goes stale, and a
-// D-Bus name over which a second start asks the first to open its settings window.
+// One running program per user session: a lock held by the kernel, so that it never goes stale, and
+// a D-Bus name over which a second start asks the first to open its settings window.
 class SingleInstance : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.vostel.App")
@@ -18,8 +18,9 @@ class SingleInstance : public QObject {
     explicit SingleInstance(const QString& folder, QObject* parent = nullptr);
     ~SingleInstance() override;
 
-    // True when this process is the one. False when another one holds the lock. A lock that cannot be
-    // made (a folder that cannot be written) is reported and does not keep the program from starting.
+    // True when this process is the one. False when another one holds the lock. A lock that cannot
+    // be made (a folder that cannot be written) is reported and does not keep the program from
+    // starting.
     bool acquire();
     // Lets go of the lock, for a process that takes over.
     void release();

@@ -17,8 +17,8 @@ class Background {
     // Drops what has not begun and waits for what has (all work has a time limit of its own).
     ~Background();
 
-    // Runs `work()` off the main thread, then `done(result)` on the main thread, unless `owner` is gone
-    // by then. Call it on the main thread; `work` must not touch `owner`.
+    // Runs `work()` off the main thread, then `done(result)` on the main thread, unless `owner` is
+    // gone by then. Call it on the main thread; `work` must not touch `owner`.
     template <typename Work, typename Done>
     void run(QObject* owner, Work work, Done done) {
         pool.start([guard = QPointer<QObject>(owner), work = std::move(work),

@@ -19,7 +19,7 @@ constexpr int gatherMilliseconds = 500;
 constexpr qint64 largestFile = 64 << 20;
 
 bool isMarkedReadOnly(const QString& path) {
-    struct stat status{};
+    struct stat status {};
     return stat(QFile::encodeName(path).constData(), &status) == 0 && (status.st_mode & 0222) == 0;
 }
 
@@ -85,8 +85,9 @@ void DefaultsStore::setAside(const QString& reason) {
                     .arg(path, reason, aside));
     } else {
         writable = false;
-        logLine(QStringLiteral("the settings file %1 %2 and cannot be set aside; it stays as it is, and "
-                               "changes last only until Vostel quits")
+        logLine(QStringLiteral(
+                    "the settings file %1 %2 and cannot be set aside; it stays as it is, and "
+                    "changes last only until Vostel quits")
                     .arg(path, reason));
     }
 }

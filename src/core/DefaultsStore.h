@@ -17,8 +17,8 @@ class Background;
 // as an XML property list in one file. Main thread only.
 //
 // Changes are gathered for at most half a second and then written as a whole, off the main thread
-// (see AtomicFile). flush() and the destructor write at once. What the file holds and this program does
-// not know is kept. No state of the file stops the program:
+// (see AtomicFile). flush() and the destructor write at once. What the file holds and this program
+// does not know is kept. No state of the file stops the program:
 // - it does not parse, or is no dictionary: set aside as "<file>.corrupt-<time>", then as absent;
 // - it cannot be read, cannot be set aside, or is marked read-only: left alone, and nothing is
 //   written to it for this run.
@@ -27,7 +27,8 @@ class DefaultsStore : public QObject {
     Q_OBJECT
 
   public:
-    // ReadOnly: the file is read and never written, moved or complained about, for a command that only looks.
+    // ReadOnly: the file is read and never written, moved or complained about, for a command that
+    // only looks.
     enum class Access { ReadWrite, ReadOnly };
 
     // Reads the file. `background` does the writing; without it every write happens at once on the

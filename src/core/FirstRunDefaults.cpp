@@ -4,9 +4,9 @@ namespace vostel::FirstRunDefaults {
 
 namespace {
 
-// What a fresh install starts with. It differs on purpose from what the settings objects fall back to
-// when a key is missing; the flag of "claude_usage" belongs to no module and is kept for settings
-// files that are exchanged.
+// What a fresh install starts with. It differs on purpose from what the settings objects fall back
+// to when a key is missing; the flag of "claude_usage" belongs to no module and is kept for
+// settings files that are exchanged.
 constexpr char seed[] = R"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0">
 <dict>

@@ -19,7 +19,7 @@ class GlobalSettings {
     // The label text colour: the label colour of `appearance` when textHex is "auto" or no colour.
     QColor text(Appearance appearance) const;
 
-    double labelSize() const;       // points, within the bounds above
+    double labelSize() const;        // points, within the bounds above
     void setLabelSize(double size);  // clamped, stored, posted
 
   private:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <plist/plist.h>
+
 #include <map>
 #include <memory>
 #include <optional>
@@ -8,8 +10,6 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
-
-#include <plist/plist.h>
 
 namespace vostel {
 
@@ -30,7 +30,8 @@ class PropertyList {
 
     // Reads the XML or the binary form. Nothing when the bytes do not parse; `notDictionary` is set
     // when they parse, but their root is not a dictionary.
-    static std::optional<PropertyList> parse(const QByteArray& bytes, bool* notDictionary = nullptr);
+    static std::optional<PropertyList> parse(const QByteArray& bytes,
+                                             bool* notDictionary = nullptr);
 
     QByteArray toXml() const;
 

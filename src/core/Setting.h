@@ -59,7 +59,8 @@ class Setting {
   public:
     Setting(SettingsGroup& settingsGroup, const QString& name, T defaultValue)
         : group(settingsGroup), key(settingsGroup.key(name)) {
-        value = detail::readValue<T>(group.defaults.values(), key).value_or(std::move(defaultValue));
+        value =
+            detail::readValue<T>(group.defaults.values(), key).value_or(std::move(defaultValue));
     }
     Setting(const Setting&) = delete;
 

@@ -32,8 +32,8 @@ constexpr Monitor monitors[] = {
     {"COSMIC", "missioncenter"},
 };
 
-constexpr const char* terminals[] = {"x-terminal-emulator", "konsole", "foot",  "alacritty",
-                                     "kitty",               "wezterm", "xterm"};
+constexpr const char* terminals[] = {
+    "x-terminal-emulator", "konsole", "foot", "alacritty", "kitty", "wezterm", "xterm"};
 constexpr const char* textMonitors[] = {"btop", "htop", "top"};
 
 bool launch(const QString& program, const QStringList& arguments = {}) {
@@ -57,8 +57,7 @@ bool openActivityMonitor() {
     for (const char* monitor : textMonitors) {
         const QString path = QStandardPaths::findExecutable(QLatin1String(monitor));
         for (const char* terminal : terminals) {
-            if (!path.isEmpty() &&
-                launch(QLatin1String(terminal), {QStringLiteral("-e"), path})) {
+            if (!path.isEmpty() && launch(QLatin1String(terminal), {QStringLiteral("-e"), path})) {
                 return true;
             }
         }

@@ -4,8 +4,8 @@
 
 namespace vostel::SystemApp {
 
-// Opens the desktop's own system monitor: the current desktop's first, then any that is installed, then
-// a terminal with htop, btop or top. False when none is there.
+// Opens the desktop's own system monitor: the current desktop's first, then any that is installed,
+// then a terminal with htop, btop or top. False when none is there.
 bool openActivityMonitor();
 
 // Opens a URL with the desktop's handler; false when the text is no absolute URL.

@@ -19,7 +19,8 @@ class TickScheduler : public QObject {
     Q_OBJECT
 
   public:
-    static constexpr double shortestInterval = 0.02;  // seconds; anything shorter, or no number, becomes this
+    static constexpr double shortestInterval =
+        0.02;  // seconds; anything shorter, or no number, becomes this
 
     // A running timer; deleting it stops it. May outlive the scheduler.
     class Tick {

@@ -51,8 +51,8 @@ class MenuBarImage {
                                   std::optional<double> fraction, const EffAppearance& appearance,
                                   const ImageContext& context);
 
-    // What stands in for an item that has nothing to draw: a template image 22 points wide with the symbol
-    // in a rectangle of `symbolSize` points at x = 3, vertically centred.
+    // What stands in for an item that has nothing to draw: a template image 22 points wide with the
+    // symbol in a rectangle of `symbolSize` points at x = 3, vertically centred.
     static StatusImage placeholder(const QString& symbol, const QSizeF& symbolSize,
                                    const ImageContext& context);
 

@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPointer>
 #include <QScreen>
 #include <QScrollArea>
 #include <QVBoxLayout>
@@ -31,17 +32,23 @@ constexpr int sameClickTime = 1000;  // milliseconds from press to release
 constexpr int hostClickTime = 400;   // where the host may have kept the release to itself
 constexpr int sameClickDistance = 24;
 
-// Hands a press that closed the popover, and its release, to the program's own window under it, so
-// that one click moves from one item's popover to the next. Qt does so on some platforms only (not
-// on X11).
-void replay(const QMouseEvent& event) {
-    const QWidget* target = QApplication::widgetAt(event.globalPosition().toPoint());
-    QWindow* window = target ? target->window()->windowHandle() : nullptr;
-    if (window) {
-        QCoreApplication::postEvent(
-            window, new QMouseEvent(event.type(), window->mapFromGlobal(event.globalPosition()),
-                                    event.globalPosition(), event.button(), event.buttons(),
-                                    event.modifiers(), event.pointingDevice()));
+// Hands a press that closed the popover to the program's own window under it, so that one click
+// moves from one item's popover to the next. Qt does so on some platforms only (not on X11).
+// The release follows at once: the real one goes to this window, to that one or to none, depending
+// on whether the server saw it before the popover was gone. A second release is nothing to a
+// window.
+void replay(const QMouseEvent& press) {
+    // A bar is a plain window, which QApplication::widgetAt() would not find.
+    QPointer<QWindow> window = QGuiApplication::topLevelAt(press.globalPosition().toPoint());
+    for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+        if (window) {
+            const bool down = type == QEvent::MouseButtonPress;
+            QMouseEvent event(type, window->mapFromGlobal(press.globalPosition()),
+                              press.globalPosition(), press.button(),
+                              down ? press.buttons() : press.buttons() & ~press.button(),
+                              press.modifiers(), press.pointingDevice());
+            QCoreApplication::sendEvent(window, &event);
+        }
     }
 }
 
@@ -206,15 +213,9 @@ void Popover::mousePressEvent(QMouseEvent* event) {
         closingPress = event->globalPosition().toPoint();
         sinceClosingPress.start();
         close();
+        event->accept();
         replay(*event);
-    }
-    event->accept();
-}
-
-void Popover::mouseReleaseEvent(QMouseEvent* event) {
-    // Of a quick click the release, too, was on its way to this window when the press closed it.
-    if (!isVisible() && sinceClosingPress.isValid()) {
-        replay(*event);
+        return;
     }
     event->accept();
 }

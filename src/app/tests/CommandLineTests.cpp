@@ -16,12 +16,31 @@ CommandLine parse(const QString& text) {
 
 TEST(CommandLineTest, MistakesEndInOneLineAndStatusTwo) {
     for (const char* text : {
-             "--nonsense", "-x", "--bar=top", "--bar", "--image=/no/such/folder/x.png", "fly", "fly --help",
-             "extra more", "--bar=dock extra", "--bar=", "snapshot", "snapshot --out=/no/such/folder",
-             "snapshot --out=/tmp --scale=0", "snapshot --out=/tmp --scale=big", "snapshot --out=/tmp --scale=nan",
-             "snapshot --out=/tmp --scale=5", "snapshot --out=/tmp --module=", "snapshot --out=/tmp --module=gnu",
-             "snapshot --out=/tmp --appearance=blue", "snapshot --json", "snapshot --out=/dev/null",
-             "status --yaml", "status cpu", "status --json=1", "--json",
+             "--nonsense",
+             "-x",
+             "--bar=top",
+             "--bar",
+             "--image=/no/such/folder/x.png",
+             "fly",
+             "fly --help",
+             "extra more",
+             "--bar=dock extra",
+             "--bar=",
+             "snapshot",
+             "snapshot --out=/no/such/folder",
+             "snapshot --out=/tmp --scale=0",
+             "snapshot --out=/tmp --scale=big",
+             "snapshot --out=/tmp --scale=nan",
+             "snapshot --out=/tmp --scale=5",
+             "snapshot --out=/tmp --module=",
+             "snapshot --out=/tmp --module=gnu",
+             "snapshot --out=/tmp --appearance=blue",
+             "snapshot --json",
+             "snapshot --out=/dev/null",
+             "status --yaml",
+             "status cpu",
+             "status --json=1",
+             "--json",
          }) {
         const CommandLine result = parse(QLatin1String(text));
         EXPECT_EQ(result.exitStatus, 2) << text;

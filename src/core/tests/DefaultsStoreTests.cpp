@@ -1,3 +1,4 @@
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -5,8 +6,6 @@
 #include <csignal>
 #include <functional>
 #include <random>
-
-#include <gtest/gtest.h>
 
 #include <QDir>
 #include <QFile>
@@ -59,7 +58,8 @@ TEST_F(DefaultsStoreTest, EveryTypeSurvivesTheFile) {
     EXPECT_EQ(values.number(QStringLiteral("a.real")), 0.25);
     EXPECT_EQ(values.text(QStringLiteral("a.text")), QStringLiteral("größer & <b>"));
     EXPECT_EQ(values.text(QStringLiteral("a.empty")), QString(QLatin1String("")));
-    EXPECT_EQ(values.textList(QStringLiteral("a.list")), (QStringList{QStringLiteral("x"), QString()}));
+    EXPECT_EQ(values.textList(QStringLiteral("a.list")),
+              (QStringList{QStringLiteral("x"), QString()}));
     EXPECT_FALSE(values.contains(QStringLiteral("a.gone")));
     // A value of another type counts as absent.
     EXPECT_FALSE(values.number(QStringLiteral("a.text")));
@@ -84,8 +84,8 @@ TEST_F(DefaultsStoreTest, ForeignTypesAreKeptOnDisk) {
         store.set(QStringLiteral("mine"), true);
     }
     const QByteArray written = readFile(path());
-    for (const char* kept : {"<integer>-3</integer>", "AAEC", "2026-01-02T03:04:05Z", "<key>deep</key>",
-                             "<key>mixed</key>", "<key>mine</key>"}) {
+    for (const char* kept : {"<integer>-3</integer>", "AAEC", "2026-01-02T03:04:05Z",
+                             "<key>deep</key>", "<key>mixed</key>", "<key>mine</key>"}) {
         EXPECT_TRUE(written.contains(kept)) << kept;
     }
 }

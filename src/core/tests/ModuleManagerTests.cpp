@@ -10,7 +10,9 @@ namespace {
 class ModuleManagerTest : public testing::Test {
   protected:
     struct Recorder : MenubarModule {
-        Recorder(QStringList& l, QString i) : log(l), id(std::move(i)) { log << id + QStringLiteral(" made"); }
+        Recorder(QStringList& l, QString i) : log(l), id(std::move(i)) {
+            log << id + QStringLiteral(" made");
+        }
         ~Recorder() override { log << id + QStringLiteral(" gone"); }
         void start() override { log << id + QStringLiteral(" start"); }
         void stop() override { log << id + QStringLiteral(" stop"); }
@@ -20,7 +22,8 @@ class ModuleManagerTest : public testing::Test {
 
     std::vector<Registration> rows() {
         std::vector<Registration> result;
-        for (const auto& [id, on] : {std::pair("b", true), std::pair("a", true), std::pair("c", false)}) {
+        for (const auto& [id, on] :
+             {std::pair("b", true), std::pair("a", true), std::pair("c", false)}) {
             const QString name = QLatin1String(id);
             result.push_back({name, name.toUpper(), on,
                               [this, name] { return std::make_unique<Recorder>(log, name); }});

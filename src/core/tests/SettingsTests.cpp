@@ -15,10 +15,12 @@ TEST(ColorTextTest, Parsing) {
         const char* text;
         const char* expected;  // null: no colour
     } rows[] = {
-        {"#FF0000FF", "#FF0000FF"}, {" #ff8000\t", "#FF8000FF"}, {"ff800080", "#FF800080"},
-        {"00000000", "#00000000"},  {"#F80", nullptr},           {"", nullptr},
-        {"##112233", nullptr},      {"12345g", nullptr},         {"+12345", nullptr},
-        {"0x1122", nullptr},        {"1122334", nullptr},        {"#11 22 33", nullptr},
+        {"#FF0000FF", "#FF0000FF"}, {" #ff8000\t", "#FF8000FF"},
+        {"ff800080", "#FF800080"},  {"00000000", "#00000000"},
+        {"#F80", nullptr},          {"", nullptr},
+        {"##112233", nullptr},      {"12345g", nullptr},
+        {"+12345", nullptr},        {"0x1122", nullptr},
+        {"1122334", nullptr},       {"#11 22 33", nullptr},
         {"auto", nullptr},          {"\u0661\u0662\u0663\u0664\u0665\u0666", nullptr},
     };
     for (const auto& row : rows) {
@@ -47,9 +49,9 @@ class SettingsTest : public testing::Test {
 };
 
 TEST_F(SettingsTest, GlobalValuesAndTheirFallbacks) {
-    store.set(QStringLiteral("global.fg"), 5.0);                        // wrong type
-    store.set(QStringLiteral("global.mono"), QStringLiteral("yes"));    // wrong type
-    store.set(QStringLiteral("global.labelSize"), 100.0);               // out of range
+    store.set(QStringLiteral("global.fg"), 5.0);                         // wrong type
+    store.set(QStringLiteral("global.mono"), QStringLiteral("yes"));     // wrong type
+    store.set(QStringLiteral("global.labelSize"), 100.0);                // out of range
     store.set(QStringLiteral("global.text"), QStringLiteral("purple"));  // no colour
     GlobalSettings global(store, center);
     EXPECT_EQ(global.foregroundHex(), hexString(systemGreen()));
@@ -113,7 +115,7 @@ TEST_F(SettingsTest, HandlersMayComeAndGoWhileANotificationIsDelivered) {
 
 TEST(IntervalOptionsTest, Labels) {
     const std::pair<double, const char*> rows[] = {
-        {0.25, "¼s"}, {0.5, "½s"}, {1, "1s"},   {5, "5s"},     {30, "30s"},
+        {0.25, "¼s"}, {0.5, "½s"}, {1, "1s"},   {5, "5s"},    {30, "30s"},
         {60, "1m"},   {90, "1m"},  {300, "5m"}, {900, "15m"}, {2.9, "2s"},
     };
     for (const auto& [seconds, label] : rows) {

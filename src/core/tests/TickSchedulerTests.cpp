@@ -1,7 +1,7 @@
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <set>
-
-#include <gtest/gtest.h>
 
 #include "core/TickScheduler.h"
 #include "core/tests/FakeClock.h"
@@ -36,7 +36,8 @@ TEST_F(TickSchedulerTest, TimersShareTheirWakeUps) {
     for (int i = 0; i < 5; ++i) {
         // Started at different moments, as modules are.
         clock.now += 0.037;
-        ticks.push_back(scheduler.every(intervals[i], intervals[i] * 0.15, [&counts, i] { ++counts[i]; }));
+        ticks.push_back(
+            scheduler.every(intervals[i], intervals[i] * 0.15, [&counts, i] { ++counts[i]; }));
     }
     run(1);
     for (int& count : counts) {

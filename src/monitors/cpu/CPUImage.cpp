@@ -33,7 +33,8 @@ void drawCores(QPainter& painter, const QRectF& rect, const CPUImageInput& input
     }
     const CoreGroups groups = input.layout.split(input.load.perCore);
     // With more processors than the segment has room for, both groups shrink alike.
-    const double wanted = (input.layout.performance + input.layout.efficiency) * coreSlot + groupGap;
+    const double wanted =
+        (input.layout.performance + input.layout.efficiency) * coreSlot + groupGap;
     const double scale = std::min(1.0, rect.width() / wanted);
     const double performanceWidth = input.layout.performance * coreSlot * scale;
     const double efficiencyWidth = input.layout.efficiency * coreSlot * scale;
@@ -42,9 +43,9 @@ void drawCores(QPainter& painter, const QRectF& rect, const CPUImageInput& input
                             rect.height());
     MeterGraph::drawBarRow(painter, performance, groups.performance, barSpacing, colors.foreground,
                            colors.track);
-    MeterGraph::drawBarRow(
-        painter, efficiency, groups.efficiency, barSpacing,
-        input.appearance.monochrome ? colors.foreground : input.efficiencyColor, colors.track);
+    MeterGraph::drawBarRow(painter, efficiency, groups.efficiency, barSpacing,
+                           input.appearance.monochrome ? colors.foreground : input.efficiencyColor,
+                           colors.track);
 }
 
 }  // namespace
@@ -63,9 +64,9 @@ StatusImage makeCPUImage(const CPUImageInput& input, const ImageContext& context
     }
     const double coresWidth = perCoreWidth(input.coreCount, isSplit(input));
     double width = 0;
-    for (const auto& [shown, segment] : {std::pair(input.showSingleBar, singleWidth),
-                                         std::pair(input.showPerCoreBars, coresWidth),
-                                         std::pair(input.showGraph, graphWidth)}) {
+    for (const auto& [shown, segment] :
+         {std::pair(input.showSingleBar, singleWidth), std::pair(input.showPerCoreBars, coresWidth),
+          std::pair(input.showGraph, graphWidth)}) {
         if (shown) {
             width += (width > 0 ? segmentGap : 0) + segment;
         }
@@ -77,7 +78,9 @@ StatusImage makeCPUImage(const CPUImageInput& input, const ImageContext& context
         width, input.label, input.labelSize, input.appearance, context,
         [&](QPainter& painter, const QRectF& rect, const ImageColors& colors) {
             QRectF segment(rect.x(), rect.y(), singleWidth, rect.height());
-            const auto next = [&](double drawn) { segment.moveLeft(segment.left() + drawn + segmentGap); };
+            const auto next = [&](double drawn) {
+                segment.moveLeft(segment.left() + drawn + segmentGap);
+            };
             if (input.showSingleBar) {
                 MeterGraph::drawSingleBar(painter, segment, input.load.overall, colors.foreground,
                                           colors.track);

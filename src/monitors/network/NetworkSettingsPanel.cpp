@@ -132,16 +132,16 @@ void NetworkSettingsPanel::listInterfaces() {
 }
 
 ToggleRow* NetworkSettingsPanel::makeInterfaceRow(const QString& interface) {
-    return new ToggleRow(interface,
-                         {[this, interface] { return settings.selectedInterfaces().contains(interface); },
-                          [this, interface](bool on) {
-                              QStringList selected = settings.selectedInterfaces();
-                              selected.removeAll(interface);
-                              if (on) {
-                                  selected << interface;
-                              }
-                              settings.selectedInterfaces = selected;
-                          }});
+    return new ToggleRow(
+        interface, {[this, interface] { return settings.selectedInterfaces().contains(interface); },
+                    [this, interface](bool on) {
+                        QStringList selected = settings.selectedInterfaces();
+                        selected.removeAll(interface);
+                        if (on) {
+                            selected << interface;
+                        }
+                        settings.selectedInterfaces = selected;
+                    }});
 }
 
 }  // namespace vostel

@@ -141,8 +141,7 @@ void ProcessSampler::top(ProcMetric metric, int limit, QObject* owner, Completio
         });
 }
 
-void ProcessSampler::describe(const QList<ProcStat>& rows, QObject* owner,
-                              Completion completion) {
+void ProcessSampler::describe(const QList<ProcStat>& rows, QObject* owner, Completion completion) {
     std::vector<ProcEntry> entries;
     for (const ProcStat& row : rows) {
         entries.push_back({.pid = row.id, .name = row.name.toStdString()});
@@ -152,8 +151,8 @@ void ProcessSampler::describe(const QList<ProcStat>& rows, QObject* owner,
         [shared = state, entries = std::move(entries)]() mutable {
             return shared->describe(std::move(entries), false);
         },
-        [&appIcons = icons, rows, completion = std::move(completion)](
-            const std::vector<Row>& described) {
+        [&appIcons = icons, rows,
+         completion = std::move(completion)](const std::vector<Row>& described) {
             QList<ProcStat> list = rows;
             for (qsizetype i = 0; i < list.size(); ++i) {
                 const Row& row = described[static_cast<std::size_t>(i)];

@@ -11,8 +11,8 @@
 
 namespace vostel {
 
-// Asks the process sampler for the top processes, at most one request at a time and at most every two
-// seconds, while somebody looks. One per item.
+// Asks the process sampler for the top processes, at most one request at a time and at most every
+// two seconds, while somebody looks. One per item.
 class TopApps : public QObject {
     Q_OBJECT
 

@@ -16,11 +16,15 @@ struct Field {
 };
 
 constexpr Field fields[] = {
-    {"MemTotal", &Meminfo::memTotal},     {"MemFree", &Meminfo::memFree},
-    {"Buffers", &Meminfo::buffers},       {"Cached", &Meminfo::cached},
-    {"SwapCached", &Meminfo::swapCached}, {"Shmem", &Meminfo::shmem},
+    {"MemTotal", &Meminfo::memTotal},
+    {"MemFree", &Meminfo::memFree},
+    {"Buffers", &Meminfo::buffers},
+    {"Cached", &Meminfo::cached},
+    {"SwapCached", &Meminfo::swapCached},
+    {"Shmem", &Meminfo::shmem},
     {"SReclaimable", &Meminfo::sReclaimable},
-    {"AnonPages", &Meminfo::anonPages},   {"Zswap", &Meminfo::zswap},
+    {"AnonPages", &Meminfo::anonPages},
+    {"Zswap", &Meminfo::zswap},
 };
 
 std::string_view nextLine(std::string_view& text) {
@@ -96,9 +100,9 @@ std::uint64_t parseZramMemory(std::string_view text) {
 
 MemoryCounters countMemory(const Meminfo& info, std::uint64_t zram, std::uint64_t reclaimableArc) {
     const std::uint64_t fileCache = info.cached > info.shmem ? info.cached - info.shmem : 0;
-    const double used =
-        std::max(0.0, difference(info.memTotal, {info.memFree, info.buffers, fileCache,
-                                                 info.sReclaimable, info.swapCached, reclaimableArc}));
+    const double used = std::max(
+        0.0, difference(info.memTotal, {info.memFree, info.buffers, fileCache, info.sReclaimable,
+                                        info.swapCached, reclaimableArc}));
     MemoryCounters counters;
     counters.active = static_cast<double>(info.anonPages) + static_cast<double>(info.shmem);
     counters.compressed = static_cast<double>(info.zswap) + static_cast<double>(zram);
@@ -117,7 +121,8 @@ std::uint64_t MeminfoSource::zramMemory() {
     // A device more or less is found as it comes: the folder holds a few dozen names at most.
     for (const auto& entry : std::filesystem::directory_iterator(sys + "/block", error)) {
         if (entry.path().filename().string().starts_with("zram")) {
-            total += parseZramMemory(readSmallFile(entry.path().string() + "/mm_stat").value_or(""));
+            total +=
+                parseZramMemory(readSmallFile(entry.path().string() + "/mm_stat").value_or(""));
         }
     }
     return total;

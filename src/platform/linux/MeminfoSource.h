@@ -26,8 +26,8 @@ struct Meminfo {
 // Lines that do not parse are skipped. Values above 2^53 bytes are no memory and count as 0.
 Meminfo parseMeminfo(std::string_view text);
 
-// The reclaimable part of the ZFS cache in bytes, from /proc/spl/kstat/zfs/arcstats: what it holds above
-// its lower bound c_min.
+// The reclaimable part of the ZFS cache in bytes, from /proc/spl/kstat/zfs/arcstats: what it holds
+// above its lower bound c_min.
 std::uint64_t parseReclaimableArc(std::string_view text);
 
 // Bytes that a zram device occupies: the third number of its mm_stat

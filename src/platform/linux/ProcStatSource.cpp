@@ -92,9 +92,9 @@ std::vector<ProcessorTicks> ProcStatSource::readProcessors() {
 
 // Kinds are read again only when processors came or went.
 void ProcStatSource::readKinds(const std::vector<ProcessorTicks>& processors) {
-    const bool known = std::equal(
-        processors.begin(), processors.end(), knownIds.begin(), knownIds.end(),
-        [](const ProcessorTicks& processor, int id) { return processor.id == id; });
+    const bool known =
+        std::equal(processors.begin(), processors.end(), knownIds.begin(), knownIds.end(),
+                   [](const ProcessorTicks& processor, int id) { return processor.id == id; });
     if (known) {
         return;
     }

@@ -14,8 +14,8 @@ TEST(ProcStatSourceTest, CpuListsOfSysfs) {
 }
 
 TEST(ProcStatSourceTest, LinesOfKernelsOldAndNew) {
-    // One processor with guest time (inside user and nice), two gone off line, a short line of a 2.4 kernel,
-    // a line cut off by the end of the buffer.
+    // One processor with guest time (inside user and nice), two gone off line, a short line of
+    // a 2.4 kernel, a line cut off by the end of the buffer.
     const auto processors = parseProcStat(
         "cpu  9 9 9 9 9 9 9 9 9 9\n"
         "cpu0 100 20 30 400 50 6 7 8 90 10\n"
@@ -39,7 +39,8 @@ class ProcStatTreeTest : public testing::Test {
     void writeStat(const std::vector<int>& ids, const std::string& tail = "intr 1 2 3\nctxt 9\n") {
         std::string text = "cpu  0 0 0 0 0 0 0 0 0 0\n";
         for (int id : ids) {
-            text += "cpu" + std::to_string(id) + " " + std::to_string(id + 1) + " 0 0 0 0 0 0 0 0 0\n";
+            text +=
+                "cpu" + std::to_string(id) + " " + std::to_string(id + 1) + " 0 0 0 0 0 0 0 0 0\n";
         }
         tree.write("proc/stat", text + tail);
     }
@@ -53,7 +54,8 @@ class ProcStatTreeTest : public testing::Test {
     }
 
     TemporaryTree tree;
-    SystemRoots roots{.proc = tree.root + "/proc", .sys = tree.root + "/sys", .home = {}, .dataDirs = {}};
+    SystemRoots roots{
+        .proc = tree.root + "/proc", .sys = tree.root + "/sys", .home = {}, .dataDirs = {}};
 };
 
 TEST_F(ProcStatTreeTest, ManyProcessorsAndALongInterruptLine) {
@@ -90,7 +92,8 @@ TEST_F(ProcStatTreeTest, EfficiencyProcessorsComeFirst) {
 
 TEST_F(ProcStatTreeTest, KindsFromCapacity) {
     writeStat({0, 1, 2, 3});
-    for (const auto& [cpu, capacity] : {std::pair(0, 1024), std::pair(1, 446), std::pair(2, 446), std::pair(3, 871)}) {
+    for (const auto& [cpu, capacity] :
+         {std::pair(0, 1024), std::pair(1, 446), std::pair(2, 446), std::pair(3, 871)}) {
         tree.write("sys/devices/system/cpu/cpu" + std::to_string(cpu) + "/cpu_capacity",
                    std::to_string(capacity) + "\n");
     }

@@ -72,11 +72,13 @@ QString XServer::run(const QString& program, const QStringList& arguments) {
     process.start(program, arguments);
     QElapsedTimer waited;
     waited.start();
-    while (!process.waitForFinished(5)) {
-        if (process.state() == QProcess::NotRunning || waited.elapsed() > limit) {
-            fail(program + QStringLiteral(": ") + process.errorString());
-        }
+    // It may end inside processEvents(), too.
+    while (process.state() != QProcess::NotRunning && !process.waitForFinished(5)) {
+        if (waited.elapsed() > limit) fail(program + QStringLiteral(" does not end"));
         if (QCoreApplication::instance()) QCoreApplication::processEvents();
+    }
+    if (process.error() == QProcess::FailedToStart) {
+        fail(program + QStringLiteral(": ") + process.errorString());
     }
     if (process.exitCode() != 0) {
         fail(program + QStringLiteral(": ") + QString::fromUtf8(process.readAllStandardError()));

@@ -93,8 +93,7 @@ TEST(CPUImageTest, ASquareCellGetsAFullSquare) {
     CPUImageInput in = input(16);
     in.showPerCoreBars = true;
     in.load.overall = 1;
-    const StatusImage image =
-        makeCPUImage(in, {Appearance::Dark, ImageShape::Square, 1.0, 22});
+    const StatusImage image = makeCPUImage(in, {Appearance::Dark, ImageShape::Square, 1.0, 22});
     EXPECT_EQ(image.size, QSizeF(22, 22));
 }
 

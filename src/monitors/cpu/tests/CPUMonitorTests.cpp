@@ -1,6 +1,6 @@
-#include <climits>
-
 #include <gtest/gtest.h>
+
+#include <climits>
 
 #include "monitors/cpu/CPUMonitor.h"
 
@@ -41,7 +41,8 @@ TEST(CPUMonitorTest, LoadsFromDifferences) {
         for (double value : step.loads) {
             sum += value;
         }
-        EXPECT_DOUBLE_EQ(load.overall, step.loads.empty() ? 0 : sum / static_cast<double>(step.loads.size()));
+        EXPECT_DOUBLE_EQ(load.overall,
+                         step.loads.empty() ? 0 : sum / static_cast<double>(step.loads.size()));
     }
 }
 

@@ -294,7 +294,8 @@ TEST_F(GPUModuleTest, PopoverFollowsTheMachine) {
     sleeper.asleep = true;
     gpu->cards.push_back(sleeper);
     after(1);
-    EXPECT_NE(texts().find("|ALL GPUS|Radeon 63%|Arc Asleep|TOP APPS"), std::string::npos) << texts();
+    EXPECT_NE(texts().find("|ALL GPUS|Radeon 63%|Arc Asleep|TOP APPS"), std::string::npos)
+        << texts();
     gpu->cards.clear();
     after(1);
     EXPECT_EQ(texts(), "GPU |No GPU found");

@@ -1,0 +1,316 @@
+// The real program on a real X server with a window manager, worked with the pointer.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <QCoreApplication>
+#include <QDBusMessage>
+#include <QDBusVariant>
+
+#include "app/ModuleTable.h"
+#include "app/tests/Program.h"
+#include "statusbar/tests/PrivateBus.h"
+#include "statusbar/tests/XServer.h"
+
+namespace vostel {
+namespace {
+
+constexpr int screenWidth = 1280;
+constexpr int screenHeight = 800;
+constexpr int barHeight = 22;
+// On the last item, whatever it is: items stand at the right end of the bar.
+const QPoint lastItem(screenWidth - 12, barHeight / 2);
+const QPoint elsewhere(200, 700);
+
+XServer* server = nullptr;
+
+bool until(const std::function<bool()>& condition) {
+    return XServer::until(condition);
+}
+
+QString tool(const QStringList& arguments) {
+    return XServer::run(QStringLiteral("xdotool"), arguments);
+}
+
+void click(const QPoint& at, int button = 1) {
+    tool({QStringLiteral("mousemove"), QString::number(at.x()), QString::number(at.y()),
+          QStringLiteral("click"), QString::number(button)});
+}
+
+// Every visible window of the program but the bar, with its place.
+std::map<QString, QRect> windows() {
+    std::map<QString, QRect> found;
+    // Names of windows come and go; only what is asked in one go can be trusted.
+    const QString text =
+        tool({QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--class"),
+              QStringLiteral("vostel"), QStringLiteral("getwindowgeometry"),
+              QStringLiteral("--shell"), QStringLiteral("%@")});
+    QString id;
+    QRect place;
+    for (const QString& line : text.split(u'\n')) {
+        const QString name = line.section(u'=', 0, 0);
+        const int value = line.section(u'=', 1).toInt();
+        if (name == QStringLiteral("WINDOW")) {
+            id = line.section(u'=', 1);
+        } else if (name == QStringLiteral("X")) {
+            place.moveLeft(value);
+        } else if (name == QStringLiteral("Y")) {
+            place.moveTop(value);
+        } else if (name == QStringLiteral("WIDTH")) {
+            place.setWidth(value);
+        } else if (name == QStringLiteral("HEIGHT")) {
+            place.setHeight(value);
+            if (place.height() > barHeight) {
+                found[id] = place;
+            }
+        }
+    }
+    return found;
+}
+
+// The place of the window that `action` opens; empty when none appears.
+QRect opened(const std::function<void()>& action) {
+    const auto before = windows();
+    QRect place;
+    action();
+    until([&] {
+        for (const auto& [id, rect] : windows()) {
+            if (!before.contains(id)) {
+                place = rect;
+            }
+        }
+        return !place.isNull();
+    });
+    return place;
+}
+
+QImage bar() {
+    return server->grab(QRect(0, 0, screenWidth, barHeight));
+}
+
+// How much of the bar's right end the items take, in pixels; 0 while there is no bar.
+int itemsWidth() {
+    const QImage image = bar();
+    for (int x = 0; x < screenWidth; ++x) {
+        for (int y = 0; y < barHeight; ++y) {
+            if (image.pixel(x, y) != image.pixel(0, y)) {
+                return screenWidth - x;
+            }
+        }
+    }
+    return 0;
+}
+
+bool hasBar() {
+    return bar().pixelColor(0, 5) != QColor(Qt::black) && itemsWidth() > 0;
+}
+
+// All it complained about; that no tray is there is expected.
+std::string errors(Program& program) {
+    QStringList lines = program.errors();
+    lines.removeIf(
+        [](const QString& line) { return line.contains(QStringLiteral("No tray is running")); });
+    return lines.join(u'\n').toStdString();
+}
+
+struct Desktop : testing::Test {
+    Home home;
+
+    std::unique_ptr<Program> start(const char* kind = "--bar=dock") {
+        return std::make_unique<Program>(home, QStringList{QString::fromLatin1(kind)});
+    }
+    void expectCleanEnd(Program& program, int signal = SIGTERM) {
+        EXPECT_EQ(program.stop(signal), 0);
+        EXPECT_EQ(errors(program), "");
+        EXPECT_EQ(home.leftovers(), QStringList());
+    }
+    // Through the menu of the last item: Modules, and there the row.
+    static void clickModuleRow(qsizetype row) {
+        const QRect menu = opened([] { click(lastItem, 3); });
+        ASSERT_FALSE(menu.isNull());
+        const QRect modules = opened([&] { click(menu.center()); });
+        ASSERT_FALSE(modules.isNull());
+        const int rows = static_cast<int>(moduleIds().size());
+        click(QPoint(
+            modules.center().x(),
+            modules.top() + modules.height() * (2 * static_cast<int>(row) + 1) / (2 * rows)));
+    }
+    void toggle(qsizetype row) {
+        const QString key = QStringLiteral("module.%1.enabled").arg(moduleIds()[row]);
+        const bool before = home.isOnDisk(key);
+        ASSERT_NO_FATAL_FAILURE(clickModuleRow(row));
+        EXPECT_TRUE(until([&] { return home.isOnDisk(key) != before; })) << key.toStdString();
+        EXPECT_TRUE(until([] { return windows().empty(); }));
+    }
+};
+
+}  // namespace
+
+TEST_F(Desktop, EveryItemGoesOffAndOnTwice) {
+    home.seed(moduleIds());
+    auto program = start();
+    ASSERT_TRUE(until(hasBar));
+    for (int round = 0; round < 2; ++round) {
+        for (qsizetype row = 0; row < moduleIds().size(); ++row) {
+            for (int change = 0; change < 2; ++change) {
+                ASSERT_NO_FATAL_FAILURE(toggle(row));
+                ASSERT_TRUE(until(hasBar));
+            }
+        }
+    }
+    ASSERT_TRUE(program->isRunning());
+    expectCleanEnd(*program);
+}
+
+TEST_F(Desktop, EveryPopoverOpensAndClosesByClicks) {
+    const std::function<void()> closings[] = {
+        [] { click(lastItem); },
+        [] { click(elsewhere); },
+        [] {
+            tool({QStringLiteral("key"), QStringLiteral("Escape")});
+        },
+    };
+    for (const QString& id : moduleIds()) {
+        home.seed({id});
+        auto program = start();
+        ASSERT_TRUE(until(hasBar)) << id.toStdString();
+        for (const auto& close : closings) {
+            const QRect popover = opened([] { click(lastItem); });
+            ASSERT_FALSE(popover.isNull()) << id.toStdString() << " before " << &close - closings;
+            EXPECT_TRUE(QRect(0, 0, screenWidth, screenHeight).contains(popover))
+                << id.toStdString();
+            EXPECT_GT(popover.width(), 150);
+            close();
+            EXPECT_TRUE(until([] { return windows().empty(); })) << id.toStdString();
+        }
+        // And with one open, the end is as clean.
+        EXPECT_FALSE(opened([] { click(lastItem); }).isNull());
+        expectCleanEnd(*program);
+        EXPECT_TRUE(until([] { return !hasBar(); }));
+    }
+}
+
+TEST_F(Desktop, OneClickGoesFromPopoverToPopover) {
+    home.seed(moduleIds());
+    auto program = start();
+    ASSERT_TRUE(until(hasBar));
+    const QPoint firstItem(screenWidth - itemsWidth() + 3, barHeight / 2);
+    const QRect last = opened([] { click(lastItem); });
+    ASSERT_FALSE(last.isNull());
+    const auto shown = windows();
+    click(firstItem);
+    EXPECT_TRUE(until([&] { return windows().size() == 1 && windows() != shown; }));
+    click(firstItem);
+    EXPECT_TRUE(until([] { return windows().empty(); }));
+    expectCleanEnd(*program);
+}
+
+TEST_F(Desktop, QuitInTheMenuEndsItAndKeepsTheLastChange) {
+    home.seed(moduleIds());
+    auto program = start();
+    ASSERT_TRUE(until(hasBar));
+    const QRect menu = opened([] { click(lastItem, 3); });
+    ASSERT_FALSE(menu.isNull());
+    click(QPoint(menu.center().x(), menu.bottom() - 8));
+    EXPECT_EQ(program->wait(), 0);
+    EXPECT_EQ(errors(*program), "");
+}
+
+TEST_F(Desktop, DraggedOrderSurvivesARestart) {
+    ASSERT_GE(moduleIds().size(), 2);
+    const QStringList two = moduleIds().mid(0, 2);
+    home.seed(two);
+    // The first row of its menu tells which item stands last.
+    const auto nameOfLast = [] {
+        const QRect menu = opened([] { click(lastItem, 3); });
+        const QImage name =
+            server->grab(QRect(menu.topLeft(), QSize(menu.width(), menu.height() / 4)));
+        tool({QStringLiteral("key"), QStringLiteral("Escape")});
+        until([] { return windows().empty(); });
+        return name;
+    };
+    QImage dragged;
+    {
+        auto program = start();
+        ASSERT_TRUE(until(hasBar));
+        const QImage before = nameOfLast();
+        const int width = itemsWidth();
+        tool(QStringLiteral("mousemove %1 11 keydown ctrl mousedown 1 mousemove_relative -- -10 0")
+                 .arg(lastItem.x())
+                 .split(u' '));
+        tool(QStringLiteral("mousemove_relative -- -%1 0 mouseup 1 keyup ctrl")
+                 .arg(width)
+                 .split(u' '));
+        EXPECT_TRUE(until([&] { return nameOfLast() != before; }));
+        dragged = nameOfLast();
+        expectCleanEnd(*program);
+    }
+    auto program = start();
+    ASSERT_TRUE(until(hasBar));
+    EXPECT_EQ(nameOfLast(), dragged);
+    expectCleanEnd(*program, SIGINT);
+}
+
+TEST_F(Desktop, ChangeJustBeforeTheXServerDiesIsKept) {
+    home.seed(moduleIds());
+    const QByteArray display = qgetenv("DISPLAY");
+    XServer* const lasting = server;
+    auto doomed = std::make_unique<XServer>(screenWidth, screenHeight, 24);
+    server = doomed.get();
+    auto program = start();
+    ASSERT_TRUE(until(hasBar));
+    const int width = itemsWidth();
+    clickModuleRow(0);
+    EXPECT_TRUE(until([&] { return itemsWidth() != width; }));
+    server = lasting;
+    doomed.reset();
+    qputenv("DISPLAY", display);
+    EXPECT_GE(program->wait(), 0);
+    EXPECT_TRUE(home.isOnDisk(QStringLiteral("app.hasLaunched")));
+    EXPECT_FALSE(home.isOnDisk(QStringLiteral("module.%1.enabled").arg(moduleIds()[0])));
+    EXPECT_EQ(home.leftovers(), QStringList());
+}
+
+TEST_F(Desktop, TrayItemsComeBackWithTheirHostAndFollowTheAppearance) {
+    home.seed(moduleIds());
+    const QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+    const auto count = moduleIds().size();
+    auto tray = std::make_unique<FakeTray>(address);
+    const auto program = start("--bar=tray");
+    ASSERT_TRUE(waitUntil([&] { return tray->items.size() == count; }));
+    tray.reset();
+    tray = std::make_unique<FakeTray>(address);
+    ASSERT_TRUE(waitUntil([&] { return tray->items.size() == count; }));
+    tray->countSignals();
+    for (const uint scheme : {2u, 1u, 2u}) {
+        QDBusMessage change = QDBusMessage::createSignal(
+            QStringLiteral("/org/freedesktop/portal/desktop"),
+            QStringLiteral("org.freedesktop.portal.Settings"), QStringLiteral("SettingChanged"));
+        change << QStringLiteral("org.freedesktop.appearance") << QStringLiteral("color-scheme")
+               << QVariant::fromValue(QDBusVariant(scheme));
+        tray->bus.send(change);
+        EXPECT_TRUE(waitUntil([&] { return tray->count(QStringLiteral("NewIcon")) > 0; }));
+    }
+    tray->call(QStringLiteral("org.kde.StatusNotifierItem"), QStringLiteral("Activate"), {600, 5});
+    EXPECT_TRUE(waitUntil([] { return windows().size() == 1; }));
+    tray->call(QStringLiteral("org.kde.StatusNotifierItem"), QStringLiteral("ContextMenu"),
+               {600, 5});
+
+    // A second start finds the first one over the bus.
+    const auto second = start("--bar=tray");
+    EXPECT_EQ(second->wait(), 0);
+    EXPECT_TRUE(second->output().contains(QStringLiteral("settings window opens")));
+    expectCleanEnd(*program, SIGHUP);
+}
+
+}  // namespace vostel
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    QCoreApplication application(argc, argv);
+    const PrivateBus bus;
+    qputenv("DBUS_SESSION_BUS_ADDRESS", bus.address().toLocal8Bit());
+    vostel::XServer x(vostel::screenWidth, vostel::screenHeight, 24);
+    vostel::server = &x;
+    return RUN_ALL_TESTS();
+}

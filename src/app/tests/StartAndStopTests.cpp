@@ -1,0 +1,175 @@
+// The real program from start to end, without a display.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QImage>
+
+#include "app/ModuleTable.h"
+#include "app/tests/Program.h"
+#include "statusbar/tests/XServer.h"
+
+namespace vostel {
+namespace {
+
+const std::map<QString, QString> noDisplay = {{QStringLiteral("DISPLAY"), {}},
+                                              {QStringLiteral("WAYLAND_DISPLAY"), {}}};
+const QString complaintOfSettings = QStringLiteral("settings");
+
+// Lives once its first line of values is out.
+bool isLive(Program& program) {
+    return XServer::until(
+               [&] { return program.output().count(u'\n') >= 2 || !program.isRunning(); }) &&
+           program.isRunning();
+}
+
+QByteArray contents(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// True when some file of the folder holds exactly these bytes.
+bool isKept(const Home& home, const QByteArray& bytes) {
+    const QStringList names = QDir(home.settingsFolder()).entryList(QDir::Files);
+    return std::any_of(names.begin(), names.end(), [&](const QString& name) {
+        return contents(home.settingsFolder() + u'/' + name) == bytes;
+    });
+}
+
+}  // namespace
+
+TEST(StartAndStop, EverySignalThatAsksToEndEndsItCleanly) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        const Home home;
+        Program program(home, {}, noDisplay);
+        ASSERT_TRUE(isLive(program)) << program.errors().join(u'\n').toStdString();
+        EXPECT_EQ(program.stop(signal), 0) << program.errors().join(u'\n').toStdString();
+        EXPECT_TRUE(home.isOnDisk(QStringLiteral("app.hasLaunched")));
+        EXPECT_EQ(home.leftovers(), QStringList());
+        const QImage bar(home.runtimeFolder() + QStringLiteral("/vostel-bar.png"));
+        EXPECT_TRUE(
+            program.output().contains(home.runtimeFolder() + QStringLiteral("/vostel-bar.png")));
+        EXPECT_GT(bar.width(), bar.height());
+    }
+}
+
+TEST(StartAndStop, WhatTheMachineLacksIsSaidAndLeftOut) {
+    const struct {
+        const char* bar;
+        const char* display;
+        const char* wayland;
+        const char* bus;
+        const char* said;
+    } rows[] = {
+        {"--bar=dock", "", "", "", "needs an X server"},
+        {"--bar=tray", "", "", "", "needs a display"},
+        {"--bar=dock", ":4242", "", "", "no X server answers at :4242"},
+        {"--bar=dock", "nonsense", "", "", "no X server answers at nonsense"},
+        {"--bar=auto", "", "", "unix:path=/nonexistent/bus", "no D-Bus session bus"},
+        {"--bar=auto", "", "wayland-7", "", "display cannot be used"},
+        {"--bar=dock", "", "wayland-7", "", "needs an X server"},
+        {"--bar=auto", "", "", "nonsense", "no D-Bus session bus"},
+    };
+    for (const auto& row : rows) {
+        const Home home;
+        auto environment = noDisplay;
+        environment[QStringLiteral("DISPLAY")] = QString::fromLatin1(row.display);
+        environment[QStringLiteral("WAYLAND_DISPLAY")] = QString::fromLatin1(row.wayland);
+        environment[QStringLiteral("DBUS_SESSION_BUS_ADDRESS")] = QString::fromLatin1(row.bus);
+        Program program(home, {QString::fromLatin1(row.bar)}, environment);
+        EXPECT_TRUE(isLive(program)) << row.said;
+        EXPECT_EQ(program.stop(SIGTERM), 0) << row.said;
+        EXPECT_EQ(program.errors().filter(QString::fromLatin1(row.said)).size(), 1)
+            << program.errors().join(u'\n').toStdString();
+    }
+}
+
+TEST(StartAndStop, SecondStartLeavesTheFirstAlone) {
+    const Home home;
+    Program first(home, {}, noDisplay);
+    ASSERT_TRUE(isLive(first));
+    Program second(home, {}, noDisplay);
+    EXPECT_EQ(second.wait(), 0);
+    EXPECT_TRUE(second.output().contains(QStringLiteral("already running")));
+    EXPECT_EQ(first.stop(SIGTERM), 0);
+    Program third(home, {}, noDisplay);  // the lock went with its holder
+    EXPECT_TRUE(isLive(third));
+    EXPECT_EQ(third.stop(SIGKILL), 128 + SIGKILL);
+    Program fourth(home, {}, noDisplay);
+    EXPECT_TRUE(isLive(fourth));
+    EXPECT_EQ(fourth.stop(SIGTERM), 0);
+}
+
+TEST(StartAndStop, DamagedSettingsAreSaidOnceAndKept) {
+    const Home healthy;
+    healthy.seed(moduleIds());
+    const QByteArray whole = contents(healthy.settingsFile());
+    ASSERT_GT(whole.size(), 1000);
+    QByteArray binary(5000, '\0');
+    for (qsizetype i = 0; i < binary.size(); ++i) {
+        binary[i] = static_cast<char>(i * 37 + i / 256);
+    }
+    const struct {
+        const char* what;
+        QByteArray bytes;
+        mode_t mode;
+    } rows[] = {
+        {"truncated", whole.left(whole.size() / 2), 0600},
+        {"binary", binary, 0600},
+        {"binary property list, cut off", "bplist00\xd1\x01\x02", 0600},
+        {"empty", {}, 0600},
+        {"a list", "<plist version=\"1.0\"><array><true/></array></plist>", 0600},
+        {"read-only", whole, 0400},
+        {"read-only and damaged", whole.left(77), 0400},
+    };
+    for (const auto& row : rows) {
+        const Home home;
+        QFile file(home.settingsFile());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(row.bytes);
+        file.close();
+        ASSERT_EQ(::chmod(QFile::encodeName(home.settingsFile()).constData(), row.mode), 0);
+        Program program(home, {}, noDisplay);
+        EXPECT_TRUE(isLive(program)) << row.what;
+        EXPECT_EQ(program.stop(SIGTERM), 0) << row.what;
+        EXPECT_EQ(program.errors().filter(complaintOfSettings).size(), 1)
+            << row.what << ": " << program.errors().join(u'\n').toStdString();
+        EXPECT_TRUE(isKept(home, row.bytes)) << row.what;
+    }
+}
+
+TEST(StartAndStop, ForeignTypesCountAsAbsentAndStay) {
+    const QByteArray foreign =
+        "<plist version=\"1.0\"><dict><key>cpu.interval</key><string>soon</string>"
+        "<key>cpu.color</key><integer>-7</integer><key>cpu.label</key><array><data>AAEC</data></"
+        "array>"
+        "<key>memory.interval</key><date>2020-01-01T00:00:00Z</date><key>mem.color</key><true/>"
+        "<key>module.cpu.enabled</key><string>yes</string><key>app.itemOrder</key><dict/>"
+        "<key>app.bar</key><real>3</real><key>global.text</key><data>AAEC</data>"
+        "<key>of.a.later.version</key><date>2031-02-03T04:05:06Z</date></dict></plist>";
+    const Home home;
+    QFile file(home.settingsFile());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(foreign);
+    file.close();
+    Program program(home, {}, noDisplay);
+    ASSERT_TRUE(isLive(program)) << program.errors().join(u'\n').toStdString();
+    EXPECT_TRUE(program.output().contains(QStringLiteral("CPU")));
+    EXPECT_EQ(program.stop(SIGTERM), 0);
+    const QByteArray after = contents(home.settingsFile());  // the first run added to it
+    EXPECT_TRUE(home.isOnDisk(QStringLiteral("app.hasLaunched")));
+    for (const char* value : {"2031-02-03T04:05:06Z", "<string>soon</string>", "AAEC", "-7"}) {
+        EXPECT_TRUE(after.contains(value)) << value << after.constData();
+    }
+}
+
+}  // namespace vostel
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    QCoreApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}
