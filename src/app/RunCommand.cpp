@@ -12,6 +12,7 @@
 #include "app/SingleInstance.h"
 #include "core/Log.h"
 #include "statusbar/DockBar.h"
+#include "statusbar/SessionBus.h"
 
 namespace vostel {
 
@@ -36,6 +37,11 @@ Display prepareDisplay(std::optional<BarKind> asked) {
                                                                  : "offscreen");
     }
     DockBar::prepareProcess();
+    // The toolkit asks for the session bus in any case. Without an address the D-Bus library would
+    // start a bus of its own for that, and leave it running.
+    if (sessionBusAddress().isEmpty()) {
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    }
     return display;
 }
 

@@ -12,7 +12,6 @@
 #include <QFile>
 
 #include "core/Log.h"
-#include "statusbar/SessionBus.h"
 
 namespace vostel {
 
@@ -54,8 +53,7 @@ void SingleInstance::release() {
 }
 
 void SingleInstance::listen() {
-    // Without an address the D-Bus library would start a bus of its own, and leave it running.
-    if (sessionBusAddress().isEmpty() || !QDBusConnection::sessionBus().isConnected()) {
+    if (!QDBusConnection::sessionBus().isConnected()) {
         logLine(QStringLiteral(
             "no D-Bus session bus: no tray, and a second start does not reach this one"));
         return;
@@ -67,9 +65,6 @@ void SingleInstance::listen() {
 }
 
 bool SingleInstance::askToShowSettings() {
-    if (sessionBusAddress().isEmpty()) {
-        return false;
-    }
     const QDBusMessage call =
         QDBusMessage::createMethodCall(service, object, interface, QStringLiteral("ShowSettings"));
     const QDBusMessage answer =

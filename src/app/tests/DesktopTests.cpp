@@ -205,6 +205,17 @@ TEST_F(Desktop, OneClickGoesFromPopoverToPopover) {
     expectCleanEnd(*program);
 }
 
+TEST_F(Desktop, WithoutASessionBusNoneIsStarted) {
+    home.seed(moduleIds());
+    Program program(home, {QStringLiteral("--bar=dock")},
+                    {{QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), {}}});
+    ASSERT_TRUE(until(hasBar));
+    ASSERT_FALSE(opened([] { click(lastItem); }).isNull());
+    EXPECT_EQ(program.stop(SIGTERM), 0);
+    EXPECT_EQ(program.errors().size(), 1) << errors(program);  // that there is none
+    EXPECT_EQ(home.leftovers(), QStringList());
+}
+
 TEST_F(Desktop, QuitInTheMenuEndsItAndKeepsTheLastChange) {
     home.seed(moduleIds());
     auto program = start();
