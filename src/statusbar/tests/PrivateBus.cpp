@@ -1,5 +1,7 @@
 #include "PrivateBus.h"
 
+#include <signal.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <QDBusConnectionInterface>
@@ -14,6 +16,7 @@
 using namespace vostel;
 
 PrivateBus::PrivateBus() {
+    daemon.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
     daemon.start(QStringLiteral("dbus-daemon"),
                  {QStringLiteral("--session"), QStringLiteral("--nofork"),
                   QStringLiteral("--nopidfile"), QStringLiteral("--print-address")});
