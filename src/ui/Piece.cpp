@@ -1,25 +1,13 @@
 #include "ui/Piece.h"
 
-#include <QAccessibleWidget>
 #include <QEvent>
+
+#include "ui/AccessibleRole.h"
 
 namespace vostel {
 
-namespace {
-
-QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
-    auto* piece = qobject_cast<Piece*>(object);
-    return piece ? new QAccessibleWidget(piece, piece->role()) : nullptr;
-}
-
-}  // namespace
-
-Piece::Piece(QAccessible::Role role, QWidget* parent) : QWidget(parent), accessibleRole(role) {
-    static const bool installed = [] {
-        QAccessible::installFactory(makeAccessible);
-        return true;
-    }();
-    Q_UNUSED(installed)
+Piece::Piece(QAccessible::Role role, QWidget* parent) : QWidget(parent) {
+    setAccessibleRole(*this, role);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 

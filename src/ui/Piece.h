@@ -16,8 +16,6 @@ class Piece : public QWidget {
   public:
     explicit Piece(QAccessible::Role role, QWidget* parent = nullptr);
 
-    QAccessible::Role role() const { return accessibleRole; }
-
   protected:
     // Takes the new value; true (and a redraw to come) when it differs.
     template <typename Value>
@@ -31,9 +29,6 @@ class Piece : public QWidget {
     }
 
     void changeEvent(QEvent* event) override;
-
-  private:
-    QAccessible::Role accessibleRole;
 };
 
 }  // namespace vostel

@@ -14,6 +14,7 @@
 #include <QVBoxLayout>
 #include <QWindow>
 
+#include "ui/AccessibleRole.h"
 #include "ui/Compositing.h"
 #include "ui/PopoverPlacement.h"
 #include "ui/Theme.h"
@@ -63,6 +64,7 @@ Popover::Popover(const QString& title, QWidget* parent)
     setAttribute(Qt::WA_NoMouseReplay);  // replay() does it everywhere
     setWindowTitle(title);
     setAccessibleName(title);
+    setAccessibleRole(*this, QAccessible::Dialog);
     setFocusPolicy(Qt::NoFocus);
 
     content = new QWidget;

@@ -16,6 +16,7 @@ constexpr double shortestThumb = 24;
 
 ThinScrollBar::ThinScrollBar(QWidget* parent) : QScrollBar(Qt::Vertical, parent) {
     setAttribute(Qt::WA_OpaquePaintEvent, false);
+    setAccessibleName(QStringLiteral("Scroll"));
 }
 
 QSize ThinScrollBar::sizeHint() const {

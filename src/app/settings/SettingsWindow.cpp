@@ -13,6 +13,7 @@
 
 #include "app/AppSettings.h"
 #include "app/settings/SettingsSidebar.h"
+#include "ui/AccessibleRole.h"
 #include "ui/settings/SettingsLook.h"
 #include "ui/settings/SettingsPanel.h"
 
@@ -33,6 +34,7 @@ SettingsWindow::SettingsWindow(AppContext& context, AppSettings& appSettings,
       sidebar(new SettingsSidebar(context, pages)),
       stack(new QStackedWidget) {
     setWindowTitle(QStringLiteral("Vostel Settings"));
+    setAccessibleRole(*this, QAccessible::Window);
     setAccessibleName(windowTitle());
     setPalette(SettingsLook::palette());
     auto* row = new QHBoxLayout(this);

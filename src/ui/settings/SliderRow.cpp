@@ -1,7 +1,5 @@
 #include "ui/settings/SliderRow.h"
 
-#include <cmath>
-
 #include <QSignalBlocker>
 
 #include "ui/settings/SettingsLook.h"
@@ -9,19 +7,26 @@
 
 namespace vostel {
 
-SliderRow::SliderRow(const QString& title, const SliderRange& sliderRange, Binding<double> binding,
+namespace {
+
+// "Label Size: " as a name.
+QString withoutColon(QString title) {
+    title = title.trimmed();
+    return title.endsWith(u':') ? title.chopped(1) : title;
+}
+
+}  // namespace
+
+SliderRow::SliderRow(const QString& title, const SliderRange& range, Binding<double> binding,
                      QWidget* parent)
     : SettingsRow(title, parent),
       prefix(title),
-      range(sliderRange),
       value(std::move(binding)),
-      slider(new ThinSlider(title.trimmed())) {
-    slider->setRange(0, static_cast<int>(std::lround((range.most - range.least) / range.step)));
-    slider->setPageStep(2);
+      slider(new ThinSlider(withoutColon(title), range)) {
     slider->setFixedWidth(SettingsLook::valueWidth);
     addControl(slider);
     connect(slider, &QSlider::valueChanged, this, [this](int position) {
-        value.set(range.least + position * range.step);
+        value.set(slider->valueAt(position));
         refresh();
     });
     refresh();
@@ -31,8 +36,7 @@ void SliderRow::refresh() {
     const double stored = value.get();
     const QString text = QString::number(stored, 'g', 4);
     const QSignalBlocker quiet(slider);
-    slider->setValue(static_cast<int>(std::lround((stored - range.least) / range.step)));
-    slider->setAccessibleDescription(text);
+    slider->setValue(slider->positionOf(stored));
     slider->setToolTip(text);
     setTitle(prefix + text);
 }

@@ -2,16 +2,9 @@
 
 #include "ui/settings/Binding.h"
 #include "ui/settings/SettingsRow.h"
+#include "ui/settings/ThinSlider.h"
 
 namespace vostel {
-
-class ThinSlider;
-
-struct SliderRange {
-    double least = 0;
-    double most = 1;
-    double step = 1;
-};
 
 // A setting that is a number; the title says which one: "Label Size: 5".
 class SliderRow : public SettingsRow {
@@ -26,7 +19,6 @@ class SliderRow : public SettingsRow {
 
   private:
     QString prefix;
-    SliderRange range;
     Binding<double> value;
     ThinSlider* slider;
 };

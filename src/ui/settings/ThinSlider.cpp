@@ -1,5 +1,8 @@
 #include "ui/settings/ThinSlider.h"
 
+#include <cmath>
+
+#include <QAccessibleWidget>
 #include <QStyle>
 #include <QStyleOptionSlider>
 #include <QWheelEvent>
@@ -14,11 +17,62 @@ namespace {
 constexpr double knob = 14;
 constexpr double trackHeight = 4;
 
+class SliderAccessible final : public QAccessibleWidget, public QAccessibleValueInterface {
+  public:
+    explicit SliderAccessible(ThinSlider* slider)
+        : QAccessibleWidget(slider, QAccessible::Slider) {}
+
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        return type == QAccessible::ValueInterface ? static_cast<QAccessibleValueInterface*>(this)
+                                                   : QAccessibleWidget::interface_cast(type);
+    }
+
+    QVariant currentValue() const override { return at(slider()->value()); }
+    QVariant minimumValue() const override { return at(slider()->minimum()); }
+    QVariant maximumValue() const override { return at(slider()->maximum()); }
+    QVariant minimumStepSize() const override {
+        return slider()->valueAt(1) - slider()->valueAt(0);
+    }
+    void setCurrentValue(const QVariant& value) override {
+        slider()->setValue(slider()->positionOf(value.toDouble()));
+    }
+
+    QStringList actionNames() const override {
+        return QStringList{increaseAction(), decreaseAction()} + QAccessibleWidget::actionNames();
+    }
+    void doAction(const QString& name) override {
+        if (name == increaseAction()) {
+            slider()->triggerAction(QSlider::SliderSingleStepAdd);
+        } else if (name == decreaseAction()) {
+            slider()->triggerAction(QSlider::SliderSingleStepSub);
+        } else {
+            QAccessibleWidget::doAction(name);
+        }
+    }
+
+  private:
+    ThinSlider* slider() const { return static_cast<ThinSlider*>(object()); }
+    QVariant at(int position) const { return slider()->valueAt(position); }
+};
+
+QAccessibleInterface* makeSliderAccessible(const QString&, QObject* object) {
+    auto* slider = qobject_cast<ThinSlider*>(object);
+    return slider != nullptr ? new SliderAccessible(slider) : nullptr;
+}
+
 }  // namespace
 
-ThinSlider::ThinSlider(const QString& name, QWidget* parent) : QSlider(Qt::Horizontal, parent) {
+ThinSlider::ThinSlider(const QString& name, const SliderRange& sliderRange, QWidget* parent)
+    : QSlider(Qt::Horizontal, parent), range(sliderRange) {
+    QAccessible::installFactory(makeSliderAccessible);  // once, however often it is asked
+    setRange(0, positionOf(range.most));
+    setPageStep(2);
     setAccessibleName(name);
     setFocusPolicy(Qt::StrongFocus);
+}
+
+int ThinSlider::positionOf(double value) const {
+    return static_cast<int>(std::lround((value - range.least) / range.step));
 }
 
 QSize ThinSlider::sizeHint() const {
