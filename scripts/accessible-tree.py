@@ -19,7 +19,7 @@ def below(node):
 
 
 def program():
-    for _ in range(100):
+    for _ in range(400):
         for application in pyatspi.Registry.getDesktop(0):
             if application and "vostel" in application.name.lower():
                 return application
