@@ -10,6 +10,9 @@
 #   PROGRAM default: build/dev/src/statusbar/tray_demo
 #
 # SEE_TRAY_SECONDS  time that the program gets before each picture; 4 by default
+# SEE_TRAY_LATE     when set, the program is started first and the host SECONDS later, with one more
+#                   picture before that
+# SEE_TRAY_XWAYLAND when set, the program finds an X server, too, in the Wayland session
 # SEE_TRAY_USER     when run by root, who runs it all, because sway does not run as root; nobody by
 #                   default
 # Everything runs on a message bus, a home and a runtime folder of its own, and ends with the script.
@@ -55,7 +58,16 @@ EOF
     wait_for ls "$XDG_RUNTIME_DIR"/wayland-1
     export WAYLAND_DISPLAY=wayland-1
     unset DISPLAY || true
-    export QT_QPA_PLATFORM="${QT_QPA_PLATFORM:-wayland;offscreen}"
+    if [ -n "${SEE_TRAY_XWAYLAND:-}" ]; then
+        SWAYSOCK=$(ls "$XDG_RUNTIME_DIR"/sway-ipc.*)
+        export SWAYSOCK
+        swaymsg exec "echo \$DISPLAY >$work/display"
+        wait_for test -s "$work/display"
+        DISPLAY=$(cat "$work/display")
+        export DISPLAY
+    else
+        export QT_QPA_PLATFORM="${QT_QPA_PLATFORM:-wayland;offscreen}"
+    fi
 }
 start_host_waybar() { waybar -c "$work/waybar.json" -s "$work/waybar.css" >>"$out/host.log" 2>&1 & }
 picture_waybar() { grim "$1"; }
@@ -106,10 +118,18 @@ inside() {
     trap 'kill $started 2>/dev/null || true' EXIT
     trap 'exit 1' INT TERM
     "start_display_$host"
+    if [ -n "${SEE_TRAY_LATE:-}" ]; then
+        "$@" >"$out/program.log" 2>&1 &
+        started="$! $started"
+        sleep "$seconds"
+        "picture_$host" "$out/$host-before.png"
+    fi
     "start_host_$host"
     host_id=$!
-    "$@" >"$out/program.log" 2>&1 &
-    started="$! $started"
+    if [ -z "${SEE_TRAY_LATE:-}" ]; then
+        "$@" >"$out/program.log" 2>&1 &
+        started="$! $started"
+    fi
     wait_for has_items
     sleep "$seconds"
     items >"$out/items.txt"

@@ -12,6 +12,9 @@ namespace vostel {
 namespace {
 
 constexpr std::chrono::milliseconds busLimit{1000};
+// From a watcher's appearance to the first item: a host that reads the list of items when it starts
+// may show it backwards, one that is told of each shows it in order.
+constexpr std::chrono::milliseconds settleTime{400};
 
 }  // namespace
 
@@ -50,6 +53,12 @@ TrayBar::TrayBar(const TrayBarOptions& given, const QDBusConnection& connection)
             [this](const QString&, const QString&, const QString& owner) {
                 setWatcher(!owner.isEmpty());
             });
+    watcherSettles.setSingleShot(true);
+    watcherSettles.setInterval(settleTime);
+    connect(&watcherSettles, &QTimer::timeout, this, [this] {
+        watcherPresent = true;
+        Q_EMIT watcherChanged();
+    });
     hostWatch.setConnection(bus);
     hostWatch.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
     connect(&hostWatch, &QDBusServiceWatcher::serviceOwnerChanged, this, &TrayBar::findHost);
@@ -70,7 +79,30 @@ TrayBar::~TrayBar() {
 }
 
 std::unique_ptr<StatusItem> TrayBar::makeItem(const QString& autosaveName) {
-    return std::make_unique<TrayItem>(*this, options.busAddress, autosaveName);
+    auto item = std::make_unique<TrayItem>(*this, options.busAddress, autosaveName);
+    items.push_back(item.get());
+    return item;
+}
+
+void TrayBar::remove(const TrayItem& item) {
+    std::erase(items, &item);
+    nextTurn();
+}
+
+void TrayBar::nextTurn() {
+    if (!watcherPresent) return;
+    for (TrayItem* item : items) {
+        switch (item->turn()) {
+            case TrayItem::Turn::None:
+                break;
+            case TrayItem::Turn::Here:
+                item->registerItem();
+                return;
+            case TrayItem::Turn::Ahead:
+            case TrayItem::Turn::Now:
+                return;
+        }
+    }
 }
 
 std::vector<ImageContext> TrayBar::wantedImages() const {
@@ -85,8 +117,13 @@ std::vector<ImageContext> TrayBar::wantedImages() const {
 }
 
 void TrayBar::setWatcher(bool present) {
-    watcherPresent = present;
+    watcherPresent = false;
     Q_EMIT watcherChanged();
+    if (present) {
+        watcherSettles.start();
+    } else {
+        watcherSettles.stop();
+    }
     findHost();
 }
 
@@ -109,7 +146,7 @@ void TrayBar::takeHost(const TrayHost& found) {
         return;
     }
     hostWatch.setWatchedServices(found.names);
-    if (found.watcher && !watcherPresent) {
+    if (found.watcher && !watcherPresent && !watcherSettles.isActive()) {
         watcherPresent = true;
         Q_EMIT watcherChanged();
     } else if (!found.watcher && !saidWaiting) {

@@ -7,12 +7,15 @@
 
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
+#include <QTimer>
 
 #include "statusbar/DesktopAppearance.h"
 #include "statusbar/StatusBar.h"
 #include "statusbar/TrayHost.h"
 
 namespace vostel {
+
+class TrayItem;
 
 struct TrayBarOptions {
     QString busAddress;  // empty: the session's
@@ -41,6 +44,10 @@ class TrayBar final : public StatusBar {
     bool hasWatcher() const { return watcherPresent; }
     bool needsMenu() const { return menuNeeded; }
     std::vector<ImageContext> wantedImages() const;
+    // Hosts show items in the order in which they register: one at a time does so, in the order in
+    // which they were made. Each calls this when its own turn may have changed.
+    void nextTurn();
+    void remove(const TrayItem& item);
 
   Q_SIGNALS:
     // Another process keeps the list of items, or none.
@@ -61,6 +68,8 @@ class TrayBar final : public StatusBar {
     QDBusServiceWatcher watcherWatch;
     QDBusServiceWatcher hostWatch;
     std::unique_ptr<DesktopAppearance> portal;
+    std::vector<TrayItem*> items;
+    QTimer watcherSettles;
     bool watcherPresent = false;
     bool saidWaiting = false;
     bool finding = false;    // a search is under way,

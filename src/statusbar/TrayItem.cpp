@@ -26,6 +26,7 @@ namespace {
 constexpr double imageInterval = 0.25;  // s
 constexpr double tipInterval = 1.0;     // s
 constexpr int registerTries = 5;        // after 1, 2, 4, 8 s
+constexpr int registerTimeout = 2000;   // milliseconds; the other items wait so long
 const QString itemPath = QStringLiteral("/StatusNotifierItem");
 
 // Request-name flags and answers of the D-Bus specification, "Message Bus Messages".
@@ -62,7 +63,7 @@ TrayItem::TrayItem(TrayBar& owner, const QString& busAddress, const QString& aut
     }
     connect(&imageTimer, &QTimer::timeout, this, &TrayItem::publishImages);
     connect(&tipTimer, &QTimer::timeout, this, &TrayItem::publishTip);
-    connect(&registerTimer, &QTimer::timeout, this, &TrayItem::registerItem);
+    connect(&registerTimer, &QTimer::timeout, &owner, &TrayBar::nextTurn);
     connect(&owner, &TrayBar::watcherChanged, this, &TrayItem::watcherChanged);
     connect(&owner, &TrayBar::imagesWanted, this, &TrayItem::imagesWanted);
     connect(&owner, &TrayBar::needsMenuChanged, this, [this] {
@@ -78,6 +79,9 @@ TrayItem::TrayItem(TrayBar& owner, const QString& busAddress, const QString& aut
 }
 
 TrayItem::~TrayItem() {
+    if (bar) {
+        bar->remove(*this);
+    }
     if (bus) {
         QDBusConnection::disconnectFromBus(bus->name());
     }
@@ -92,6 +96,10 @@ void TrayItem::takeConnection(const QDBusConnection& connection) {
         std::fprintf(stderr, "[Vostel] %s is not in the tray: %s\n", qUtf8Printable(id),
                      qUtf8Printable(connection.lastError().message()));
         QDBusConnection::disconnectFromBus(connection.name());
+        unreachable = true;
+        if (bar) {
+            bar->nextTurn();
+        }
         return;
     }
     bus = connection;
@@ -118,13 +126,14 @@ void TrayItem::watcherChanged() {
     registered = false;
     registerFailures = 0;
     registerTimer.stop();
+    delete registering;  // that answer tells nothing any more
     joinTray();
 }
 
 void TrayItem::joinTray() {
     if (!bus || shownImages.empty() || !bar || !bar->hasWatcher()) return;
     if (nameState == NameState::Owned || nameState == NameState::Refused) {
-        registerItem();
+        bar->nextTurn();
     } else if (nameState == NameState::None) {
         nameState = NameState::Asked;
         auto* pending = new QDBusPendingCallWatcher(
@@ -147,12 +156,26 @@ void TrayItem::takeNameReply(QDBusPendingCallWatcher& pending) {
     }
 }
 
+TrayItem::Turn TrayItem::turn() const {
+    if (registering) return Turn::Now;
+    if (shownImages.empty() || unreachable || registered || registerTimer.isActive() ||
+        registerFailures >= registerTries) {
+        return Turn::None;
+    }
+    const bool prepared = bus && (nameState == NameState::Owned || nameState == NameState::Refused);
+    return prepared ? Turn::Here : Turn::Ahead;
+}
+
 void TrayItem::leaveTray() {
     registered = false;
     registerTimer.stop();
+    delete registering;
     if (nameState == NameState::Owned) {
         bus->asyncCall(busCall(QStringLiteral("ReleaseName"), {busName}));
         nameState = NameState::None;
+    }
+    if (bar) {
+        bar->nextTurn();
     }
 }
 
@@ -165,13 +188,18 @@ void TrayItem::registerItem() {
     call.setArguments({nameState == NameState::Owned ? busName : bus->baseService()});
     call.setAutoStartService(false);
     registered = true;  // the host may read the item before the watcher answers
-    auto* pending = new QDBusPendingCallWatcher(bus->asyncCall(call), this);
-    connect(pending, &QDBusPendingCallWatcher::finished, this,
-            [this, pending] { takeRegisterReply(*pending); });
+    registering = new QDBusPendingCallWatcher(bus->asyncCall(call, registerTimeout), this);
+    connect(registering, &QDBusPendingCallWatcher::finished, this, [this] {
+        const std::unique_ptr<QDBusPendingCallWatcher> reply(registering);
+        registering.clear();
+        takeRegisterReply(*reply);
+        if (bar) {
+            bar->nextTurn();
+        }
+    });
 }
 
 void TrayItem::takeRegisterReply(QDBusPendingCallWatcher& pending) {
-    pending.deleteLater();
     if (!pending.isError() || shownImages.empty() || !bar || !bar->hasWatcher()) return;
     // A watcher may own its name before it answers calls: try again, but not for ever.
     registered = false;

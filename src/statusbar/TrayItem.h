@@ -41,6 +41,12 @@ class TrayItem final : public StatusItem {
     TrayPixmaps shownPixmaps() const;
     TrayToolTip shownToolTip() const;
 
+    // Whether its turn to register has come, is yet to come (the bus has not answered), or is under
+    // way. None: it is in the tray, hidden, or given up.
+    enum class Turn { None, Ahead, Here, Now };
+    Turn turn() const;
+    void registerItem();
+
     // A host reports a click; (0, 0) stands for a host that does not know where.
     void takeClick(Qt::MouseButton button, QPoint position);
 
@@ -60,7 +66,6 @@ class TrayItem final : public StatusItem {
     void joinTray();
     void leaveTray();
     void takeNameReply(QDBusPendingCallWatcher& reply);
-    void registerItem();
     void takeRegisterReply(QDBusPendingCallWatcher& reply);
     void publishImages();
     void publishTip();
@@ -72,7 +77,9 @@ class TrayItem final : public StatusItem {
     std::unique_ptr<QObject> onBus;  // what hosts talk to; carries the adaptors
     TrayItemAdaptor* adaptor = nullptr;
     NameState nameState = NameState::None;
+    bool unreachable = false;  // no connection to the bus
     bool registered = false;
+    QPointer<QDBusPendingCallWatcher> registering;
     int registerFailures = 0;
 
     QElapsedTimer elapsed;
