@@ -29,19 +29,30 @@ enum Atom : size_t {
     Protocols,
     SyncRequest,
     TakeFocus,
+    Supported,
+    SupportingManager,
     AtomCount
 };
 
 // In the order of the enumeration.
-constexpr std::string_view atomNames[AtomCount] = {
-    "_NET_WM_WINDOW_TYPE",       "_NET_WM_WINDOW_TYPE_DOCK",
-    "_NET_WM_DESKTOP",           "_NET_WM_STATE",
-    "_NET_WM_STATE_STICKY",      "_NET_WM_STATE_SKIP_TASKBAR",
-    "_NET_WM_STATE_SKIP_PAGER",  "_NET_WM_STATE_BELOW",
-    "_NET_WM_STATE_FULLSCREEN",  "_NET_WM_STRUT",
-    "_NET_WM_STRUT_PARTIAL",     "_NET_ACTIVE_WINDOW",
-    "_NET_CLIENT_LIST_STACKING", "WM_PROTOCOLS",
-    "_NET_WM_SYNC_REQUEST",      "WM_TAKE_FOCUS"};
+constexpr std::string_view atomNames[AtomCount] = {"_NET_WM_WINDOW_TYPE",
+                                                   "_NET_WM_WINDOW_TYPE_DOCK",
+                                                   "_NET_WM_DESKTOP",
+                                                   "_NET_WM_STATE",
+                                                   "_NET_WM_STATE_STICKY",
+                                                   "_NET_WM_STATE_SKIP_TASKBAR",
+                                                   "_NET_WM_STATE_SKIP_PAGER",
+                                                   "_NET_WM_STATE_BELOW",
+                                                   "_NET_WM_STATE_FULLSCREEN",
+                                                   "_NET_WM_STRUT",
+                                                   "_NET_WM_STRUT_PARTIAL",
+                                                   "_NET_ACTIVE_WINDOW",
+                                                   "_NET_CLIENT_LIST_STACKING",
+                                                   "WM_PROTOCOLS",
+                                                   "_NET_WM_SYNC_REQUEST",
+                                                   "WM_TAKE_FOCUS",
+                                                   "_NET_SUPPORTED",
+                                                   "_NET_SUPPORTING_WM_CHECK"};
 
 constexpr std::uint32_t allDesktops = 0xffffffff;  // EWMH _NET_WM_DESKTOP
 
@@ -68,7 +79,20 @@ X11Desktop::X11Desktop(xcb_connection_t* server, std::uint32_t target)
     if (geometry) root = geometry->root;
 }
 
+// Without a manager nobody moves the bar, and one that comes later may know docks.
+bool X11Desktop::managerKnowsDocks() const {
+    const auto supported = words(root, atoms[Supported]);
+    const auto knows = [&](Atom atom) {
+        return std::find(supported.begin(), supported.end(), atoms[atom]) != supported.end();
+    };
+    return words(root, atoms[SupportingManager]).empty() || knows(TypeDock) || knows(Strut) ||
+           knows(StrutPartial);
+}
+
 void X11Desktop::declareDock() {
+    managed = managerKnowsDocks();
+    const std::uint32_t unmanaged = managed ? 0 : 1;
+    xcb_change_window_attributes(connection, window, XCB_CW_OVERRIDE_REDIRECT, &unmanaged);
     const auto replace = [&](Atom property, xcb_atom_t type, const std::vector<std::uint32_t>& v) {
         xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atoms[property], type, 32,
                             static_cast<std::uint32_t>(v.size()), v.data());
@@ -129,6 +153,12 @@ void X11Desktop::place(const QRect& rect) {
 }
 
 void X11Desktop::setBelow(bool below) {
+    if (!managed) {
+        const std::uint32_t mode = below ? XCB_STACK_MODE_BELOW : XCB_STACK_MODE_ABOVE;
+        xcb_configure_window(connection, window, XCB_CONFIG_WINDOW_STACK_MODE, &mode);
+        xcb_flush(connection);
+        return;
+    }
     // EWMH 1.5, _NET_WM_STATE client message: 0 removes, 1 adds; source 1 is a program.
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
@@ -172,7 +202,7 @@ std::vector<X11Monitor> X11Desktop::monitors() const {
 }
 
 std::vector<std::uint32_t> X11Desktop::words(std::uint32_t of, std::uint32_t property) const {
-    constexpr std::uint32_t most = 64;
+    constexpr std::uint32_t most = 1024;
     const auto reply = owned(xcb_get_property_reply(
         connection,
         xcb_get_property(connection, 0, of, property, XCB_GET_PROPERTY_TYPE_ANY, 0, most),

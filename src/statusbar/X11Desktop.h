@@ -26,7 +26,9 @@ class X11Desktop {
     // Borrowed; the window is created and not yet mapped.
     X11Desktop(xcb_connection_t* connection, std::uint32_t window);
 
-    // Dock type, all desktops, out of taskbar and pager, no resize handshake.
+    // Dock type, all desktops, out of taskbar and pager, no resize handshake. Where the window
+    // manager does not know docks and would tile the bar as one more window, it does not get to
+    // manage it: the bar then lies over the others and no space is kept free for it.
     void declareDock();
     void setStrut(const std::array<std::uint32_t, 12>& strut);
     // Device pixels. To be called after the toolkit has placed the window its own way.
@@ -46,15 +48,18 @@ class X11Desktop {
     void watchRoot();
 
   private:
+    bool managerKnowsDocks() const;
     void setSizeHints(const QRect& rect);
 
     // _NET_WM_STATE and the like, in the order of the table in the source file.
     std::vector<std::uint32_t> atoms;
+    // At most 1024.
     std::vector<std::uint32_t> words(std::uint32_t of, std::uint32_t property) const;
 
     xcb_connection_t* connection;
     std::uint32_t window;
     std::uint32_t root = 0;
+    bool managed = true;
 };
 
 }  // namespace vostel

@@ -10,6 +10,7 @@
 #include <QToolTip>
 
 #include "statusbar/DockBar.h"
+#include "statusbar/X11Reply.h"
 #include "statusbar/tests/MemoryOrder.h"
 #include "statusbar/tests/XServer.h"
 
@@ -294,6 +295,36 @@ TEST_F(Dock, stepsBackUnderFullScreenWindows) {
     EXPECT_TRUE(XServer::until(
         [&] { return !property("_NET_WM_STATE").contains(QStringLiteral("BELOW")); }));
     EXPECT_TRUE(shown(item));
+}
+
+// A manager that does not know docks (a tiling one, a small compositor's) must not lay the bar out
+// among the windows.
+TEST_F(Dock, staysOutOfTheHandsOfAManagerThatKnowsNoDocks) {
+    xcb_connection_t* x =
+        qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(x)).data->root;
+    const auto atom =
+        owned(xcb_intern_atom_reply(x, xcb_intern_atom(x, 0, 14, "_NET_SUPPORTED"), nullptr))->atom;
+    const auto before = owned(xcb_get_property_reply(
+        x, xcb_get_property(x, 0, root, atom, XCB_ATOM_ATOM, 0, 1024), nullptr));
+    ASSERT_GT(before->value_len, 10u);
+    const auto support = [&](std::uint32_t count) {
+        xcb_change_property(x, XCB_PROP_MODE_REPLACE, root, atom, XCB_ATOM_ATOM, 32, count,
+                            xcb_get_property_value(before.get()));
+    };
+    const auto info = [this] {
+        return XServer::run(QStringLiteral("xwininfo"),
+                            {QStringLiteral("-id"), QString::number(bar->hostWindow()->winId())});
+    };
+    EXPECT_TRUE(info().contains(QStringLiteral("Override Redirect State: no")));
+    bar.reset();
+    support(1);
+    bar = std::make_unique<DockBar>(order);
+    Item item(*bar, "item", 40);
+    EXPECT_TRUE(shown(item));
+    EXPECT_TRUE(info().contains(QStringLiteral("Override Redirect State: yes")));
+    EXPECT_EQ(bar->nativeGeometry().topLeft(), QPoint(0, 0));
+    support(before->value_len);
 }
 
 TEST_F(Dock, followsTheScreen) {
