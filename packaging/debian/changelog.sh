@@ -6,7 +6,25 @@ set -eu
 # The same source gives the same package where the caller says when it was made.
 now=$(date -u -R -d "@${SOURCE_DATE_EPOCH:-$(date +%s)}")
 awk -v version="$2" -v maintainer="$3" -v now="$now" '
-    function finish() { if (open) printf "\n -- %s  %s\n\n", maintainer, date; open = 0 }
+    # Lines of at most 78 columns.
+    function writeEntry(    count, words, i, line) {
+        count = split(entry, words, " ")
+        line = "  *"
+        for (i = 1; i <= count; ++i) {
+            if (length(line) + 1 + length(words[i]) > 78) {
+                print line
+                line = "   "
+            }
+            line = line " " words[i]
+        }
+        if (count > 0) print line
+        entry = ""
+    }
+    function finish() {
+        writeEntry()
+        if (open) printf "\n -- %s  %s\n\n", maintainer, date
+        open = 0
+    }
     /^## / {
         finish()
         date = now
@@ -20,8 +38,8 @@ awk -v version="$2" -v maintainer="$3" -v now="$now" '
         open = 1
         next
     }
-    open && /^- /  { print "  * " substr($0, 3) }
-    open && /^  / { print "    " substr($0, 3) }
+    open && /^- /  { writeEntry(); entry = substr($0, 3) }
+    open && /^  / { entry = entry substr($0, 2) }
     END { finish() }
 ' "$1" >"$4"
 [ -s "$4" ] || { echo "changelog.sh: no version found in $1" >&2; exit 1; }

@@ -35,8 +35,5 @@ run(sh ${debian}/changelog.sh ${CPACK_VOSTEL_SOURCE_DIR}/CHANGELOG.md ${CPACK_PA
     ${CPACK_DEBIAN_PACKAGE_MAINTAINER} ${doc}/changelog)
 run(gzip -9nf ${doc}/changelog)
 
-file(MAKE_DIRECTORY ${stage}/usr/share/lintian/overrides)
-configure_file(${debian}/lintian-overrides ${stage}/usr/share/lintian/overrides/vostel COPYONLY)
-
 # Whatever the umask and the permissions of the sources were.
 run(chmod -R u=rwX,go=rX ${stage}/usr)
