@@ -4,8 +4,7 @@
 _vostel_files() {
     # Names with blanks are quoted by readline, folders get their slash.
     compopt -o filenames 2>/dev/null
-    local IFS=$'\n'
-    COMPREPLY=($(compgen "$1" -- "$cur"))
+    mapfile -t COMPREPLY < <(compgen "$1" -- "$cur")
 }
 
 # The values of an option, on their own or after "--option=".
