@@ -64,8 +64,8 @@ check_values() {
         "$(offered vostel "${words[@]}" "$option" = '' | sort | xargs)" = "$(xargs -n 1 <<<"$known" | sort | xargs)"
     for value in $known; do
         check "man page, $option: $value is missing" names "$(page vostel)" "$value"
-        check "zsh, $option: $value is missing" grep -qE -- "$option=\[.*[( ]$value[ )]" <<<"$zsh"
-        check "fish, $option: $value is missing" grep -qE -- "-l ${option#--} -x -a '([^']* )?$value[ ']" <<<"$fish"
+        check "zsh, $option: $value is missing" grep -qE -- "$option=\[.*[( ]${value}[ )]" <<<"$zsh"
+        check "fish, $option: $value is missing" grep -qE -- "-l ${option#--} -x -a '([^']* )?${value}[ ']" <<<"$fish"
     done
 }
 check_values --bar
