@@ -1,6 +1,7 @@
 #!/bin/sh
 # Gives the traffic helper the file capabilities with which it sees the processes of all users.
-# Usage: nettop-capabilities.sh [PATH-OF-vostel-nettop]     (as root, after installation)
+# Usage: nettop-capabilities [PATH-OF-vostel-nettop]     (as root, after installation)
+# Installed, it lies beside the helper and finds it by itself. To take them back: setcap -r PATH.
 #
 # cap_dac_read_search  list the descriptors of other users' processes, read the tracing folder
 # cap_sys_ptrace       see which sockets these descriptors are
@@ -10,7 +11,7 @@
 # cap_sys_admin, with which it would also read the networks of containers; it is too wide for that.
 # Without any capability the helper shows the user's own processes, and says so.
 set -eu
-helper=${1:-/usr/libexec/vostel/vostel-nettop}
+helper=${1:-$(dirname "$0")/vostel-nettop}
 [ -f "$helper" ] || { echo "nettop-capabilities: $helper is not there" >&2; exit 1; }
 chown root:root "$helper"
 chmod 0755 "$helper"

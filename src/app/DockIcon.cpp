@@ -4,6 +4,7 @@
 #include <QGuiApplication>
 #include <QWidget>
 
+#include "app/AppIcon.h"
 #include "app/settings/SettingsWindowController.h"
 
 namespace vostel {
@@ -12,6 +13,7 @@ class DockIcon::Entry : public QWidget {
   public:
     explicit Entry(std::function<void()> call) : activated(std::move(call)) {
         setWindowTitle(QStringLiteral("Vostel"));
+        setWindowIcon(appIcon());
         setFixedSize(1, 1);
         showMinimized();
     }

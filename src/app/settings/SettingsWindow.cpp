@@ -11,6 +11,7 @@
 #include <QShortcut>
 #include <QStackedWidget>
 
+#include "app/AppIcon.h"
 #include "app/AppSettings.h"
 #include "app/settings/SettingsSidebar.h"
 #include "ui/AccessibleRole.h"
@@ -35,6 +36,7 @@ SettingsWindow::SettingsWindow(AppContext& context, AppSettings& appSettings,
       stack(new QStackedWidget) {
     setWindowTitle(QStringLiteral("Vostel Settings"));
     setAccessibleRole(*this, QAccessible::Window);
+    setWindowIcon(appIcon());
     setAccessibleName(windowTitle());
     setPalette(SettingsLook::palette());
     auto* row = new QHBoxLayout(this);

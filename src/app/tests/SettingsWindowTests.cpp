@@ -82,6 +82,14 @@ TEST_F(SettingsWindowTest, opensAtAPageAndGoesWhenItCloses) {
 
 // Catches controls that only the mouse reaches, places that the keyboard does not leave, and
 // controls without a name.
+// Without the icon theme's file (a program that was never installed) a taskbar showed a blank.
+TEST_F(SettingsWindowTest, hasAnIconWithoutAnInstalledOne) {
+    QIcon::setThemeSearchPaths({folder.path()});
+    const QIcon icon = open()->windowIcon();
+    EXPECT_TRUE(icon.availableSizes().contains(QSize(16, 16)));
+    EXPECT_GT(icon.pixmap(48).toImage().pixelColor(24, 24).alpha(), 200);
+}
+
 TEST_F(SettingsWindowTest, tabReachesEveryControlOfEveryPage) {
     SettingsWindow* window = open();
     for (const QString& id : window->pageIds()) {
