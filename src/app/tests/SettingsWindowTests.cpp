@@ -80,8 +80,6 @@ TEST_F(SettingsWindowTest, opensAtAPageAndGoesWhenItCloses) {
     EXPECT_EQ(open()->size(), QSize(770, 555));
 }
 
-// Catches controls that only the mouse reaches, places that the keyboard does not leave, and
-// controls without a name.
 // Without the icon theme's file (a program that was never installed) a taskbar showed a blank.
 TEST_F(SettingsWindowTest, hasAnIconWithoutAnInstalledOne) {
     QIcon::setThemeSearchPaths({folder.path()});
@@ -90,6 +88,8 @@ TEST_F(SettingsWindowTest, hasAnIconWithoutAnInstalledOne) {
     EXPECT_GT(icon.pixmap(48).toImage().pixelColor(24, 24).alpha(), 200);
 }
 
+// Catches controls that only the mouse reaches, places that the keyboard does not leave, and
+// controls without a name.
 TEST_F(SettingsWindowTest, tabReachesEveryControlOfEveryPage) {
     SettingsWindow* window = open();
     for (const QString& id : window->pageIds()) {
