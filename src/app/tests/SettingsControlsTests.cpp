@@ -174,7 +174,7 @@ class SettingsControlsTest : public testing::Test {
             }
         }
         window->resize(900, 2000);  // nothing to scroll
-        QTest::qWaitForWindowActive(window);
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window));
     }
 
     ItemModule* itemOf(const QString& id) {
