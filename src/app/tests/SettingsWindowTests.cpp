@@ -259,6 +259,12 @@ TEST_F(SettingsWindowTest, theUpdatesSectionFollowsTheCheck) {
             return label->isVisible() && label->text().contains(QString::fromUtf8(text));
         });
     };
+    const auto lookIn = [this](std::unique_ptr<Updater> source) {
+        services.updates = std::make_unique<UpdateController>(
+            std::move(source), services.app, services.notifications, services.scheduler,
+            *services.platform.clock, [](const QString&, const QString&) {});
+    };
+    lookIn(nullptr);
     SettingsWindow* window = open("general");
     EXPECT_FALSE(button(window, "Check for Updates…")->isEnabled());
     EXPECT_FALSE(button(window, "Automatically Check for Updates")->isEnabled());
@@ -269,9 +275,7 @@ TEST_F(SettingsWindowTest, theUpdatesSectionFollowsTheCheck) {
 
     auto source = std::make_unique<FakeUpdater>();
     FakeUpdater* updater = source.get();
-    services.updates = std::make_unique<UpdateController>(
-        std::move(source), services.app, services.notifications, services.scheduler,
-        *services.platform.clock, [](const QString&, const QString&) {});
+    lookIn(std::move(source));
     Browser browser;
     window = open("general");
     auto* check = button(window, "Check for Updates…");
