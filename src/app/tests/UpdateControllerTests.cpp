@@ -81,6 +81,18 @@ TEST_F(UpdateControllerTest, aFailureIsTriedAgainLaterAndTroublesNobody) {
     EXPECT_EQ(announced, QStringList());
 }
 
+// Catches a failure that is not logged, or whose text is taken for the other one's.
+TEST_F(UpdateControllerTest, failuresAreLoggedByTheirKind) {
+    testing::internal::CaptureStderr();
+    controller->checkForUpdates();
+    updater->end(failure);
+    controller->checkForUpdates();
+    updater->end({UpdateResult::End::Error, {}, QStringLiteral("no feed")});
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "[Vostel] update aborted: no network\n"
+              "[Vostel] update check finished with error: no feed\n");
+}
+
 TEST_F(UpdateControllerTest, eachVersionIsAnnouncedOnce) {
     clock.now = 1.7e9;
     restart();
