@@ -45,6 +45,7 @@ void send(const QDBusConnection& bus, const QDBusMessage& call, Then then) {
 
 void postOn(const QDBusConnection& bus, const QString& title, const QString& body) {
     if (!bus.isConnected()) {
+        QDBusConnection::disconnectFromBus(bus.name());
         return;
     }
     // A server that knows markup takes every body for markup.

@@ -102,6 +102,7 @@ void reveal(const QString& path) {
     };
     const auto ask = [path, openFolder](const QDBusConnection& bus) {
         if (!bus.isConnected()) {
+            QDBusConnection::disconnectFromBus(bus.name());
             openFolder();
             return;
         }

@@ -12,6 +12,8 @@ namespace vostel {
 
 namespace {
 
+constexpr int versionRoom = 120;  // logical pixels; more would push the buttons out of the page
+
 QString lastCheckText(const UpdateController& updates) {
     const QDateTime time = updates.lastCheck();
     return time.isValid() ? QStringLiteral("Last checked: %1.")
@@ -54,21 +56,30 @@ void UpdateCheckRow::refresh() {
 }
 
 UpdateOfferRow::UpdateOfferRow(UpdateController& controller, QWidget* parent)
-    : SettingsRow(QString(), parent), updates(controller) {
-    auto* button = new TextButton(QStringLiteral("Open Download Page"));
-    addControl(button);
-    connect(button, &QAbstractButton::clicked, this, [this] {
-        if (const auto& offer = updates.offer()) {
-            SystemApp::openURL(offer->page.toString(QUrl::FullyEncoded));
-        }
-    });
+    : SettingsRow(QString(), parent),
+      updates(controller),
+      notes(new TextButton(QStringLiteral("Release Notes"))) {
+    auto* download = new TextButton(QStringLiteral("Open Download Page"));
+    addControl(notes);
+    addControl(download);
+    const auto opens = [this](TextButton* button, QUrl UpdateOffer::*address) {
+        connect(button, &QAbstractButton::clicked, this, [this, address] {
+            if (const auto& offer = updates.offer()) {
+                SystemApp::openURL(((*offer).*address).toString(QUrl::FullyEncoded));
+            }
+        });
+    };
+    opens(notes, &UpdateOffer::releaseNotes);
+    opens(download, &UpdateOffer::page);
     UpdateOfferRow::refresh();
 }
 
 void UpdateOfferRow::refresh() {
     const auto& offer = updates.offer();
     if (offer) {
-        setTitle(QStringLiteral("Version %1 is available").arg(offer->version));
+        setTitle(QStringLiteral("Version %1 is available")
+                     .arg(fontMetrics().elidedText(offer->version, Qt::ElideRight, versionRoom)));
+        notes->setVisible(!offer->releaseNotes.isEmpty());
         const QDate day = offer->published.toLocalTime().date();
         setHint(day.isValid() ? QStringLiteral("Released on %1.")
                                     .arg(QLocale().toString(day, QLocale::LongFormat))

@@ -33,6 +33,7 @@ class UpdateOfferRow : public SettingsRow {
 
   private:
     UpdateController& updates;
+    TextButton* notes;
 };
 
 // Why an update in place cannot work, with a way to the program's file.

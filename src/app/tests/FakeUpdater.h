@@ -26,7 +26,10 @@ class FakeUpdater : public Updater {
 
 inline UpdateResult offerOf(const char* version) {
     return {UpdateResult::End::Done,
-            UpdateOffer{QLatin1String(version), {}, QUrl(QStringLiteral("https://e.org/"))},
+            UpdateOffer{QLatin1String(version),
+                        {},
+                        QUrl(QStringLiteral("https://e.org/")),
+                        QUrl(QStringLiteral("https://e.org/notes"))},
             {}};
 }
 

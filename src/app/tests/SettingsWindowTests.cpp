@@ -294,7 +294,9 @@ TEST_F(SettingsWindowTest, theUpdatesSectionFollowsTheCheck) {
     updater->end(offerOf("2.0"));
     EXPECT_TRUE(shows(window, "Version 2.0 is available"));
     download->click();
-    EXPECT_EQ(browser.opened, QStringList(QStringLiteral("https://e.org/")));
+    button(window, "Release Notes")->click();
+    EXPECT_EQ(browser.opened, QStringList({QStringLiteral("https://e.org/"),
+                                           QStringLiteral("https://e.org/notes")}));
     check->click();
     updater->end({});
     EXPECT_TRUE(shows(window, "Vostel is up to date."));

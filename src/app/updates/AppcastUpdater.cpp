@@ -36,7 +36,7 @@ UpdateResult AppcastUpdater::resultOf(const QByteArray& body, const QString& err
     }
     if (const AppcastItem* item = newestOffer(*items, needs)) {
         return {UpdateResult::End::Done,
-                UpdateOffer{item->shownVersion, item->published, item->page},
+                UpdateOffer{item->shownVersion, item->published, item->page, item->releaseNotes},
                 {}};
     }
     return {};

@@ -14,6 +14,7 @@ struct UpdateOffer {
     QString version;      // as a person reads it
     QDateTime published;  // invalid: not known
     QUrl page;            // HTTPS
+    QUrl releaseNotes;    // HTTPS; may be empty
 };
 
 // What a check came to.
