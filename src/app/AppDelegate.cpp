@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 
+#include "app/LoginItem.h"
 #include "app/ModuleTable.h"
 #include "app/settings/SettingsSidebar.h"
 
@@ -45,6 +46,8 @@ AppDelegate::~AppDelegate() {
 void AppDelegate::didFinishLaunching() {
     moduleManager->loadEnabledModules();
     settingsChanged();
+    services.updates->start();
+    LoginItem::ofThisProgram().repair();
     if (services.isFirstRun) {
         showSettings();
     }

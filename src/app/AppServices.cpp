@@ -5,7 +5,9 @@
 #include <QDir>
 #include <QStandardPaths>
 
+#include "app/updates/AppcastUpdater.h"
 #include "core/FirstRunDefaults.h"
+#include "core/Notifier.h"
 
 namespace vostel {
 
@@ -39,7 +41,9 @@ AppServices::AppServices(Platform platformSources, const QString& settingsPath,
       cpu(defaults, notifications, global),
       memory(defaults, notifications, global),
       gpu(defaults, notifications, global),
-      network(defaults, notifications, global) {}
+      network(defaults, notifications, global),
+      updates(std::make_unique<UpdateController>(makeUpdater(), app, notifications, scheduler,
+                                                 *platform.clock, Notifier::post)) {}
 
 ItemOrder::ItemOrder(DefaultsStore& store, QStringList defaultOrder)
     : defaults(store), fallback(std::move(defaultOrder)) {}

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "app/AppSettings.h"
+#include "app/updates/UpdateController.h"
 #include "core/AppContext.h"
 #include "core/Background.h"
 #include "core/DefaultsStore.h"
@@ -43,6 +44,7 @@ class AppServices {
     MemorySettings memory;
     GPUSettings gpu;
     NetworkSettings network;
+    std::unique_ptr<UpdateController> updates;  // never null
 };
 
 // The order of the items, kept under "app.itemOrder"; the registry's order until the user changes

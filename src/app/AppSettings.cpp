@@ -12,6 +12,9 @@ AppSettings::AppSettings(DefaultsStore& store, NotificationCenter& center)
       barAppearance(group, QStringLiteral("barAppearance"), QStringLiteral("dark")),
       showDock(group, QStringLiteral("showDock"), false),
       slowOnBattery(group, QStringLiteral("slowOnBattery"), false),
+      checkForUpdates(group, QStringLiteral("checkForUpdates"), true),
+      lastUpdateCheck(group, QStringLiteral("lastUpdateCheck"), 0),
+      announcedUpdate(group, QStringLiteral("announcedUpdate"), QString()),
       windowWidth(group, QStringLiteral("settingsWidth"), 0),
       windowHeight(group, QStringLiteral("settingsHeight"), 0) {}
 

@@ -21,13 +21,16 @@ class AppSettings {
     SettingsGroup group;
 
   public:
-    Setting<QString> bar;            // "auto", "dock", "tray", "offscreen"
-    Setting<QString> barEdge;        // "top", "bottom"
-    Setting<double> barThickness;    // points
-    Setting<QString> barAppearance;  // "dark", "light", "auto"
-    Setting<bool> showDock;          // a taskbar entry while the settings window is closed
-    Setting<bool> slowOnBattery;     // doubles every interval on battery
-    Setting<double> windowWidth;     // of the settings window, logical pixels; 0: not known
+    Setting<QString> bar;              // "auto", "dock", "tray", "offscreen"
+    Setting<QString> barEdge;          // "top", "bottom"
+    Setting<double> barThickness;      // points
+    Setting<QString> barAppearance;    // "dark", "light", "auto"
+    Setting<bool> showDock;            // a taskbar entry while the settings window is closed
+    Setting<bool> slowOnBattery;       // doubles every interval on battery
+    Setting<bool> checkForUpdates;     // by itself, where this build has an update feed
+    Setting<double> lastUpdateCheck;   // that succeeded, seconds since 1970; 0: never
+    Setting<QString> announcedUpdate;  // the version that the user was last told of
+    Setting<double> windowWidth;       // of the settings window, logical pixels; 0: not known
     Setting<double> windowHeight;
 };
 

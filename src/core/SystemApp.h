@@ -1,14 +1,24 @@
 #pragma once
 
+#include <optional>
+
 #include <QString>
 
 namespace vostel::SystemApp {
 
+// What a system monitor should come up with.
+enum class MonitorTab { CPU, Memory, Energy, Disk, Network };
+
 // Opens the desktop's own system monitor: the current desktop's first, then any that is installed,
-// then a terminal with htop, btop or top. False when none is there.
-bool openActivityMonitor();
+// then a terminal with btop, htop or top. False when none is there. With a tab it shows the page
+// that fits best, where it can be told so.
+bool openActivityMonitor(std::optional<MonitorTab> tab = std::nullopt);
 
 // Opens a URL with the desktop's handler; false when the text is no absolute URL.
 bool openURL(const QString& text);
+
+// Shows a file in the desktop's file manager, selected; where none takes that wish, opens the
+// file's folder. Returns at once.
+void reveal(const QString& path);
 
 }  // namespace vostel::SystemApp

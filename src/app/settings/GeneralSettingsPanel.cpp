@@ -2,6 +2,8 @@
 
 #include "app/BarSwitch.h"
 #include "app/LoginItem.h"
+#include "app/settings/UpdateRows.h"
+#include "app/updates/InstallLocation.h"
 #include "statusbar/TrayBar.h"
 #include "ui/settings/ButtonRow.h"
 #include "ui/settings/ChoiceRow.h"
@@ -60,8 +62,10 @@ GeneralSettingsPanel::GeneralSettingsPanel(AppServices& services, AppContext& co
     : SettingsPanel(QStringLiteral("General")) {
     addStartupSection(services.app);
     addBarSection(services.app, context);
+    addUpdatesSection(*services.updates);
     addAboutSection(context);
-    follow(services.notifications, {AppSettings::changeNotification});
+    follow(services.notifications,
+           {AppSettings::changeNotification, UpdateController::changeNotification});
 }
 
 void GeneralSettingsPanel::addStartupSection(AppSettings& settings) {
@@ -96,6 +100,27 @@ void GeneralSettingsPanel::addBarSection(AppSettings& settings, AppContext& cont
                           {QStringLiteral("auto"), QStringLiteral("Automatic")}},
                          bound(settings.barAppearance)));
     addNote(QStringLiteral("Edge, thickness and appearance are those of Vostel's own bar."));
+}
+
+void GeneralSettingsPanel::addUpdatesSection(UpdateController& updates) {
+    addSection(QStringLiteral("Updates"));
+    auto* automatic = new ToggleRow(QStringLiteral("Automatically Check for Updates"),
+                                    {[&updates] { return updates.isAutomatic(); },
+                                     [&updates](bool on) { updates.setAutomatic(on); }});
+    automatic->setKeywords(QStringLiteral("upgrade newer"));
+    addRow(automatic);
+    auto* check = new UpdateCheckRow(updates);
+    addRow(check);
+    if (const QString reason = updates.unavailableReason(); !reason.isEmpty()) {
+        automatic->setEnabled(false);
+        check->setEnabled(false);
+        addNote(reason);
+        return;
+    }
+    addRow(new UpdateOfferRow(updates));
+    if (const QString hint = installLocationHint(); !hint.isEmpty()) {
+        addWidget(new InstallLocationRow(hint, programFile()));
+    }
 }
 
 void GeneralSettingsPanel::addAboutSection(AppContext& context) {

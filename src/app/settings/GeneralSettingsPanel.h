@@ -16,6 +16,7 @@ class GeneralSettingsPanel : public SettingsPanel {
   private:
     void addBarSection(AppSettings& settings, AppContext& context);
     void addStartupSection(AppSettings& settings);
+    void addUpdatesSection(UpdateController& updates);
     void addAboutSection(AppContext& context);
 };
 

@@ -1,14 +1,18 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDesktopServices>
+#include <QLabel>
 #include <QScrollArea>
 #include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include "FakeUpdater.h"
 #include "app/AppDelegate.h"
 #include "app/ModuleTable.h"
 #include "app/settings/SettingsSidebar.h"
@@ -224,5 +228,82 @@ TEST_F(SettingsWindowTest, interfacesAreChosenOneByOne) {
               QStringLiteral("all"));
 }
 
+// What the desktop is asked to open.
+class Browser : public QObject {
+    Q_OBJECT
+
+  public:
+    Browser() { QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "open"); }
+    ~Browser() override { QDesktopServices::unsetUrlHandler(QStringLiteral("https")); }
+
+    QStringList opened;
+
+  public Q_SLOTS:
+    void open(const QUrl& url) { opened << url.toString(); }
+};
+
+// Catches controls that work without a feed, a result that is not shown, and an offer that opens
+// nothing or stays when it is gone.
+TEST_F(SettingsWindowTest, theUpdatesSectionFollowsTheCheck) {
+    const auto button = [](SettingsWindow* window, const char* name) -> QAbstractButton* {
+        for (auto* each : window->findChildren<QAbstractButton*>()) {
+            if (each->accessibleName() == QString::fromUtf8(name)) {
+                return each;
+            }
+        }
+        return nullptr;
+    };
+    const auto shows = [](SettingsWindow* window, const char* text) {
+        const auto labels = window->findChildren<QLabel*>();
+        return std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
+            return label->isVisible() && label->text().contains(QString::fromUtf8(text));
+        });
+    };
+    const auto lookIn = [this](std::unique_ptr<Updater> source) {
+        services.updates = std::make_unique<UpdateController>(
+            std::move(source), services.app, services.notifications, services.scheduler,
+            *services.platform.clock, [](const QString&, const QString&) {});
+    };
+    lookIn(nullptr);
+    SettingsWindow* window = open("general");
+    EXPECT_FALSE(button(window, "Check for Updates…")->isEnabled());
+    EXPECT_FALSE(button(window, "Automatically Check for Updates")->isEnabled());
+    EXPECT_FALSE(button(window, "Automatically Check for Updates")->isChecked());
+    EXPECT_EQ(button(window, "Open Download Page"), nullptr);
+    window->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    auto source = std::make_unique<FakeUpdater>();
+    FakeUpdater* updater = source.get();
+    lookIn(std::move(source));
+    Browser browser;
+    window = open("general");
+    auto* check = button(window, "Check for Updates…");
+    auto* automatic = button(window, "Automatically Check for Updates");
+    auto* download = button(window, "Open Download Page");
+    EXPECT_TRUE(automatic->isChecked());
+    automatic->click();
+    EXPECT_FALSE(services.app.checkForUpdates());
+    EXPECT_FALSE(download->isVisible());
+    check->click();
+    EXPECT_TRUE(shows(window, "Checking for updates…"));
+    EXPECT_FALSE(check->isEnabled());
+    updater->end(failure);
+    EXPECT_TRUE(shows(window, "The check failed: no network."));
+    check->click();
+    updater->end(offerOf("2.0"));
+    EXPECT_TRUE(shows(window, "Version 2.0 is available"));
+    download->click();
+    button(window, "Release Notes")->click();
+    EXPECT_EQ(browser.opened, QStringList({QStringLiteral("https://e.org/"),
+                                           QStringLiteral("https://e.org/notes")}));
+    check->click();
+    updater->end({});
+    EXPECT_TRUE(shows(window, "Vostel is up to date."));
+    EXPECT_FALSE(download->isVisible());
+}
+
 }  // namespace
 }  // namespace vostel
+
+#include "SettingsWindowTests.moc"

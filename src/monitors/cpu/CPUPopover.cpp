@@ -27,7 +27,7 @@ CPUPopover::CPUPopover(CPUViewModel& viewModel, const CPUSettings& ownSettings,
     follow(model.overall, [this] { header->setValue(percent(model.overall.value())); });
     follow(model.perCore, [this] { showCores(); });
     addTopApps(
-        QStringLiteral("Sampling…"),
+        SystemApp::MonitorTab::CPU, QStringLiteral("Sampling…"),
         [](double load) { return QStringLiteral("%1%").arg(std::lround(load)); },
         std::move(openSettings));
 }

@@ -56,7 +56,8 @@ GPUPopover::GPUPopover(GPUViewModel& viewModel, const GPUSettings& gpuSettings,
         cards.push_back(new KeyValueRow(QString()));
         add(cards.back());
     }
-    addTopApps(QStringLiteral("No GPU activity"), rateText, std::move(openSettings), usualApps);
+    addTopApps(SystemApp::MonitorTab::CPU, QStringLiteral("No GPU activity"), rateText,
+               std::move(openSettings), usualApps);
     follow(model.stats, [this] { showStats(); });
     follow(model.cards, [this] { showCards(); });
     follow(model.state, [this] { showState(); });

@@ -22,7 +22,8 @@ MemoryPopover::MemoryPopover(MemoryViewModel& model, const ModuleSettings& memor
         header->setDetail(
             QStringLiteral("Used %1 of %2").arg(bytes(usage.usedBytes), bytes(usage.totalBytes)));
     });
-    addTopApps(QStringLiteral("Sampling…"), bytes, std::move(openSettings));
+    addTopApps(SystemApp::MonitorTab::Memory, QStringLiteral("Sampling…"), bytes,
+               std::move(openSettings));
 }
 
 }  // namespace vostel

@@ -68,7 +68,7 @@ void NetworkPopover::build(std::function<void()> openSettings) {
     add(new SectionTitle(QStringLiteral("Top Apps")));
     add(processes);
     add(sight);
-    setFooter(makeFooter(std::move(openSettings)));
+    setFooter(makeFooter(SystemApp::MonitorTab::Network, std::move(openSettings)));
 }
 
 void NetworkPopover::follow() {

@@ -1,5 +1,6 @@
 #include "monitors/probes/ShortAnswer.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <QSslSocket>
@@ -11,39 +12,91 @@ namespace {
 
 constexpr int httpPort = 80;
 constexpr int httpsPort = 443;
+constexpr int statusOk = 200;
 
 // HTTP/1.0: the answer comes in one piece that ends with the connection (RFC 1945).
-QByteArray requestFor(const QUrl& url) {
-    const QByteArray path = url.path(QUrl::FullyEncoded).toLatin1();
+QByteArray textOf(const ShortAnswer::Request& request) {
+    const QUrl& url = request.url;
+    QByteArray path = url.path(QUrl::FullyEncoded).toLatin1();
+    if (path.isEmpty()) {
+        path = "/";
+    }
+    if (url.hasQuery()) {
+        path += '?' + url.query(QUrl::FullyEncoded).toLatin1();
+    }
     QByteArray host = url.host(QUrl::FullyEncoded).toLatin1();
+    if (host.contains(':')) {
+        host = '[' + host + ']';
+    }
     if (url.port() >= 0) {
         host += ':' + QByteArray::number(url.port());
     }
-    // Services of this kind answer browsers with a page, and command-line tools with the text.
-    return "GET " + (path.isEmpty() ? "/" : path) + " HTTP/1.0\r\nHost: " + host +
-           "\r\nUser-Agent: curl/8\r\nAccept: */*\r\nConnection: close\r\n\r\n";
+    return "GET " + path + " HTTP/1.0\r\nHost: " + host + "\r\nUser-Agent: " + request.userAgent +
+           "\r\nAccept: */*\r\nConnection: close\r\n\r\n";
+}
+
+ShortAnswer::Answer failed(const char* error) {
+    return {0, {}, {}, QLatin1String(error)};
+}
+
+// The status line and what of the headers matters here.
+struct Head {
+    int status = 0;
+    qsizetype length = -1;  // of the body; -1: it ends with the connection
+    QByteArray location;
+    bool bad = false;
+};
+
+Head readHead(const QByteArray& text) {
+    const QList<QByteArray> lines = text.split('\n');
+    Head head;
+    head.status = lines.first().simplified().split(' ').value(1).toInt();
+    for (const QByteArray& line : lines) {
+        const QByteArray name = line.left(line.indexOf(':')).toLower();
+        const QByteArray value = line.mid(name.size() + 1).trimmed();
+        if (name == "content-length") {
+            bool number = false;
+            head.length = value.toLongLong(&number);
+            head.bad = head.bad || !number || head.length < 0;
+        } else if (name == "location") {
+            head.location = value;
+        } else if (name == "transfer-encoding" || name == "content-encoding") {
+            head.bad = true;  // not asked for
+        }
+    }
+    return head;
 }
 
 }  // namespace
 
-ShortAnswer::ShortAnswer(const QUrl& url, std::chrono::milliseconds timeLimit, Completion done,
-                         QObject* parent)
-    : QObject(parent), socket(new QSslSocket(this)), completion(std::move(done)) {
-    socket->setReadBufferSize(mostBytes);
+ShortAnswer::ShortAnswer(Request what, Completion done, QObject* parent)
+    : QObject(parent),
+      request(std::move(what)),
+      socket(new QSslSocket(this)),
+      completion(std::move(done)) {
+    const QUrl& url = request.url;
+    if (request.trust) {
+        socket->setSslConfiguration(*request.trust);
+    }
+    socket->setReadBufferSize(mostHeaderBytes);
     const bool encrypt = url.scheme() == QStringLiteral("https");
     connect(socket, encrypt ? &QSslSocket::encrypted : &QSslSocket::connected, this,
-            [this, url] { socket->write(requestFor(url)); });
+            [this] { socket->write(textOf(request)); });
     connect(socket, &QSslSocket::readyRead, this, [this] { take(false); });
     connect(socket, &QSslSocket::disconnected, this, [this] { take(true); });
     connect(
         socket, &QSslSocket::errorOccurred, this,
         [this](QAbstractSocket::SocketError error) {
             if (error != QAbstractSocket::RemoteHostClosedError) {
-                finish(std::nullopt);
+                fail(socket->errorString());
             }
         },
         Qt::QueuedConnection);
-    QTimer::singleShot(timeLimit, this, [this] { finish(std::nullopt); });
+    connect(socket, &QSslSocket::sslErrors, this, [this](const QList<QSslError>& errors) {
+        distrust = errors.value(0).errorString();  // the connection ends next
+    });
+    QTimer::singleShot(request.timeLimit, this,
+                       [this] { fail(QStringLiteral("the server does not answer in time")); });
     if (encrypt) {
         socket->connectToHostEncrypted(url.host(), static_cast<quint16>(url.port(httpsPort)));
     } else {
@@ -51,50 +104,64 @@ ShortAnswer::ShortAnswer(const QUrl& url, std::chrono::milliseconds timeLimit, C
     }
 }
 
-ShortAnswer::State ShortAnswer::read(const QByteArray& answer, bool ended, QByteArray& body) {
-    const State unfinished = ended ? State::bad : State::incomplete;
+std::optional<ShortAnswer::Answer> ShortAnswer::read(const QByteArray& bytes, bool ended,
+                                                     qsizetype mostBytes) {
+    const std::optional<Answer> unfinished =
+        !ended            ? std::nullopt
+        : bytes.isEmpty() ? std::optional(failed("the server closes the connection"))
+                          : std::optional(failed("the answer is cut"));
     const QByteArray protocol = QByteArrayLiteral("HTTP/1.");
-    if (!answer.startsWith(protocol)) {
-        return protocol.startsWith(answer) ? unfinished : State::bad;
+    if (!bytes.startsWith(protocol)) {
+        return protocol.startsWith(bytes) ? unfinished : failed("the answer is not HTTP");
     }
-    const qsizetype end = answer.indexOf("\r\n\r\n");
+    const qsizetype end = bytes.indexOf("\r\n\r\n");
+    if (end > mostHeaderBytes || (end < 0 && bytes.size() > mostHeaderBytes)) {
+        return failed("the answer is too long");
+    }
     if (end < 0) {
         return unfinished;
     }
-    const QList<QByteArray> lines = answer.left(end).split('\n');
-    if (lines.first().simplified().split(' ').value(1) != "200") {
-        return State::bad;
+    const Head head = readHead(bytes.left(end));
+    if (head.status != statusOk) {
+        return Answer{head.status,
+                      {},
+                      head.location,
+                      QStringLiteral("the server answers with status %1").arg(head.status)};
     }
-    qsizetype length = -1;
-    for (const QByteArray& line : lines) {
-        const QByteArray name = line.left(line.indexOf(':')).toLower();
-        if (name == "content-length") {
-            bool number = false;
-            length = line.mid(name.size() + 1).trimmed().toLongLong(&number);
-            if (!number || length < 0) {
-                return State::bad;
-            }
-        } else if (name == "transfer-encoding" || name == "content-encoding") {
-            return State::bad;  // not asked for
-        }
+    const qsizetype size = bytes.size() - (end + 4);
+    if (head.bad) {
+        return failed("the answer is not as asked for");
     }
-    body = answer.mid(end + 4, length);
-    if (length >= 0) {
-        return body.size() == length ? State::complete : unfinished;
+    if (head.length > mostBytes || (head.length < 0 && size > mostBytes)) {
+        return failed("the answer is too long");
     }
-    return ended ? State::complete : State::incomplete;
+    if (head.length >= 0 ? size < head.length : !ended) {
+        return unfinished;
+    }
+    return Answer{head.status, bytes.mid(end + 4, head.length), {}, {}};
 }
 
 void ShortAnswer::take(bool ended) {
-    answer += socket->read(mostBytes + 1 - answer.size());
-    QByteArray body;
-    const State state = answer.size() > mostBytes ? State::bad : read(answer, ended, body);
-    if (state != State::incomplete) {
-        finish(state == State::complete ? std::optional(body) : std::nullopt);
+    const qsizetype room = mostHeaderBytes + request.mostBytes + 1 - bytes.size();
+    bytes += socket->read(std::max<qsizetype>(room, 0));
+    const auto answer = read(bytes, ended, request.mostBytes);
+    if (answer && bytes.isEmpty()) {
+        fail(answer->error);
+    } else if (answer) {
+        finish(*answer);
+    } else if (bytes.size() > mostHeaderBytes + request.mostBytes) {
+        fail(QStringLiteral("the answer is too long"));
     }
 }
 
-void ShortAnswer::finish(std::optional<QByteArray> body) {
+void ShortAnswer::fail(const QString& error) {
+    finish({0,
+            {},
+            {},
+            distrust.isEmpty() ? error : QStringLiteral("no trusted connection: ") + distrust});
+}
+
+void ShortAnswer::finish(const Answer& answer) {
     if (!completion) {
         return;
     }
@@ -102,7 +169,7 @@ void ShortAnswer::finish(std::optional<QByteArray> body) {
     socket->disconnect(this);
     socket->abort();
     deleteLater();
-    done(std::move(body));
+    done(answer);
 }
 
 }  // namespace vostel

@@ -65,9 +65,9 @@ void WANIPFetcher::ask(const std::shared_ptr<Request>& request) {
     const QUrl url = services.at(request->index++);
     // Belongs to the fetcher, and ends with it.
     new ShortAnswer(
-        url, timeLimit,
-        [this, request](const std::optional<QByteArray>& answer) {
-            const auto address = answer ? addressIn(*answer) : std::nullopt;
+        {url, timeLimit},
+        [this, request](const ShortAnswer::Answer& answer) {
+            const auto address = answer.error.isEmpty() ? addressIn(answer.body) : std::nullopt;
             if (!address) {
                 ask(request);
             } else if (request->owner) {

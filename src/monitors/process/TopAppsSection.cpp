@@ -1,7 +1,5 @@
 #include "monitors/process/TopAppsSection.h"
 
-#include "core/SystemApp.h"
-
 namespace vostel {
 
 ProcessList* makeTopAppsList(const QString& placeholder, int reserved) {
@@ -17,12 +15,12 @@ std::vector<ProcessEntry> topAppEntries(const QList<ProcStat>& list, const QColo
     return entries;
 }
 
-FooterButtons* makeFooter(std::function<void()> openSettings) {
+FooterButtons* makeFooter(SystemApp::MonitorTab tab, std::function<void()> openSettings) {
     auto* footer = new FooterButtons;
     // The popover goes first: it would cover the window that is about to open.
-    QObject::connect(footer, &FooterButtons::monitorRequested, footer, [footer] {
+    QObject::connect(footer, &FooterButtons::monitorRequested, footer, [footer, tab] {
         footer->window()->close();
-        SystemApp::openActivityMonitor();
+        SystemApp::openActivityMonitor(tab);
     });
     QObject::connect(footer, &FooterButtons::settingsRequested, footer,
                      [footer, open = std::move(openSettings)] {

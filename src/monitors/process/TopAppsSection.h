@@ -6,6 +6,7 @@
 #include <QColor>
 #include <QString>
 
+#include "core/SystemApp.h"
 #include "monitors/process/ProcStat.h"
 #include "monitors/process/TopApps.h"
 #include "ui/FooterButtons.h"
@@ -20,7 +21,7 @@ ProcessList* makeTopAppsList(const QString& placeholder, int reserved = TopApps:
 std::vector<ProcessEntry> topAppEntries(const QList<ProcStat>& list, const QColor& color,
                                         const std::function<QString(double)>& format);
 
-// The footer that every popover has.
-FooterButtons* makeFooter(std::function<void()> openSettings);
+// The footer that every popover has; `tab` is what the system monitor comes up with.
+FooterButtons* makeFooter(SystemApp::MonitorTab tab, std::function<void()> openSettings);
 
 }  // namespace vostel

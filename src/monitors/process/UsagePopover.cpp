@@ -22,13 +22,14 @@ UsagePopover::UsagePopover(const QString& title, const QString& graphName, Usage
     });
 }
 
-void UsagePopover::addTopApps(const QString& placeholder, std::function<QString(double)> format,
+void UsagePopover::addTopApps(SystemApp::MonitorTab tab, const QString& placeholder,
+                              std::function<QString(double)> format,
                               std::function<void()> openSettings, int reserved) {
     processesTitle = new SectionTitle(QStringLiteral("TOP APPS"));
     processes = makeTopAppsList(placeholder, reserved);
     add(processesTitle);
     add(processes);
-    setFooter(makeFooter(std::move(openSettings)));
+    setFooter(makeFooter(tab, std::move(openSettings)));
     follow(frame.topApps, [this, format = std::move(format)] {
         processes->setEntries(
             topAppEntries(frame.topApps.value(), settings.effForeground(), format));

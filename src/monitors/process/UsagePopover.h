@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/ModuleSettings.h"
+#include "core/SystemApp.h"
 #include "monitors/process/TopApps.h"
 #include "monitors/process/UsageViewModel.h"
 #include "ui/HeaderRow.h"
@@ -27,9 +28,10 @@ class UsagePopover : public Popover {
 
     // Ends with "TOP APPS" and the footer: call it when the item's own pieces are in.
     // `placeholder` stands for an empty list, `format` makes the text of a process's value;
-    // room is kept for `reserved` processes.
-    void addTopApps(const QString& placeholder, std::function<QString(double)> format,
-                    std::function<void()> openSettings, int reserved = TopApps::limit);
+    // room is kept for `reserved` processes, `tab` is for the system monitor.
+    void addTopApps(SystemApp::MonitorTab tab, const QString& placeholder,
+                    std::function<QString(double)> format, std::function<void()> openSettings,
+                    int reserved = TopApps::limit);
 
     // Calls `show` now and at each change of `property`.
     template <typename T>
