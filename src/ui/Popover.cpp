@@ -141,9 +141,10 @@ bool Popover::closedByPressAt(const QPoint& position) {
     }
     const bool recent = !sinceClosingPress.hasExpired(anchorIsItem ? sameClickTime : hostClickTime);
     sinceClosingPress.invalidate();
-    if (anchorIsItem) {
-        return recent && anchor.contains(closingPress) && anchor.contains(position);
+    if (anchorIsItem && anchor.contains(closingPress) && anchor.contains(position)) {
+        return recent;
     }
+    // An item may be wider than what its popover stands at.
     return recent && (position - closingPress).manhattanLength() <= sameClickDistance;
 }
 
