@@ -15,22 +15,13 @@ const QString spacingName = QStringLiteral("spacing");
 }  // namespace
 
 CombinedSettings::CombinedSettings(DefaultsStore& store, NotificationCenter& center,
-                                   std::vector<Available> known)
+                                   std::vector<Available> available)
     : group(store, center, QStringLiteral("combined."), changeNotification),
-      catalog(std::move(known)) {
+      catalog(std::move(available)) {
     const PropertyList& stored = group.defaults.values();
-    ids = cleaned(stored.textList(group.key(orderName)).value_or(QStringList()));
-    for (const QString& id : stored.textList(group.key(enabledName)).value_or(QStringList())) {
-        if (isAvailable(id)) {
-            enabled.insert(id);
-        }
-    }
+    ids = complete(known(stored.textList(group.key(orderName)).value_or(QStringList())));
+    enabled = known(stored.textList(group.key(enabledName)).value_or(QStringList()));
     points = stored.number(group.key(spacingName)).value_or(defaultSpacing);
-}
-
-bool CombinedSettings::isAvailable(const QString& id) const {
-    return std::any_of(catalog.begin(), catalog.end(),
-                       [&](const Available& entry) { return entry.id == id; });
 }
 
 QString CombinedSettings::title(const QString& id) const {
@@ -39,34 +30,40 @@ QString CombinedSettings::title(const QString& id) const {
     return found != catalog.end() ? found->title : QString();
 }
 
-QStringList CombinedSettings::cleaned(const QStringList& order) const {
+// The ids of the catalog among them, each once.
+QStringList CombinedSettings::known(const QStringList& stored) const {
     QStringList result;
-    for (const QString& id : order) {
-        if (isAvailable(id) && !result.contains(id)) {
+    for (const QString& id : stored) {
+        if (!result.contains(id) &&
+            std::any_of(catalog.begin(), catalog.end(),
+                        [&](const Available& entry) { return entry.id == id; })) {
             result << id;
-        }
-    }
-    for (const Available& entry : catalog) {
-        if (!result.contains(entry.id)) {
-            result << entry.id;
         }
     }
     return result;
 }
 
+QStringList CombinedSettings::complete(QStringList order) const {
+    for (const Available& entry : catalog) {
+        if (!order.contains(entry.id)) {
+            order << entry.id;
+        }
+    }
+    return order;
+}
+
 void CombinedSettings::setOrder(const QStringList& order) {
-    ids = cleaned(order);
+    ids = complete(known(order));
     persist();
 }
 
 void CombinedSettings::setEnabled(const QString& id, bool on) {
-    if (!isAvailable(id)) {
+    if (!ids.contains(id)) {
         return;
     }
+    enabled.removeAll(id);
     if (on) {
-        enabled.insert(id);
-    } else {
-        enabled.erase(id);
+        enabled << id;
     }
     persist();
 }
@@ -90,7 +87,7 @@ void CombinedSettings::setSpacing(double value) {
 
 void CombinedSettings::persist() {
     group.defaults.set(group.key(orderName), ids);
-    group.defaults.set(group.key(enabledName), orderedEnabledIDs());
+    group.defaults.set(group.key(enabledName), enabled);
     group.defaults.set(group.key(spacingName), points);
     group.posted();
 }

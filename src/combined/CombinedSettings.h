@@ -1,6 +1,5 @@
 #pragma once
 
-#include <set>
 #include <vector>
 
 #include <QStringList>
@@ -44,14 +43,14 @@ class CombinedSettings {
     void setSpacing(double points);
 
   private:
-    QStringList cleaned(const QStringList& order) const;
-    bool isAvailable(const QString& id) const;
+    QStringList known(const QStringList& stored) const;
+    QStringList complete(QStringList order) const;
     void persist();
 
     SettingsGroup group;
     const std::vector<Available> catalog;
     QStringList ids;
-    std::set<QString> enabled;
+    QStringList enabled;  // each once; where it stands says nothing
     double points;
 };
 

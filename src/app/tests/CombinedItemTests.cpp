@@ -128,11 +128,11 @@ class CombinedItemTest : public testing::Test {
         double end = -services.combined.spacing();
         for (const SegmentRange& range : combined()->segmentRanges()) {
             shown << range.id;
-            ASSERT_EQ(range.minX, end + services.combined.spacing());
+            ASSERT_NEAR(range.minX, end + services.combined.spacing(), 1e-9);
             end = range.maxX;
         }
         ASSERT_EQ(shown, services.combined.orderedEnabledIDs());
-        ASSERT_EQ(image.size.width(), shown.isEmpty() ? 22 : end);
+        ASSERT_NEAR(image.size.width(), shown.isEmpty() ? 22 : end, 1e-9);
         ASSERT_EQ(image.image.devicePixelRatio(), bar.options().scale);
     }
 
