@@ -76,12 +76,16 @@ void SegmentList::place() {
         const bool held = dragging && row == pressed;
         row->setGeometry(0, held ? dragTop : top(static_cast<int>(i)), width(), rowHeight());
         row->setPlace(static_cast<int>(i), static_cast<int>(rows.size()));
+        row->raise();  // a screen reader goes through them in the order in which they lie
         for (QWidget* control : row->controls()) {
             controls.push_back(control);
         }
     }
     for (std::size_t i = 1; i < controls.size(); ++i) {
         setTabOrder(controls[i - 1], controls[i]);
+    }
+    if (dragging) {
+        pressed->raise();
     }
     update();
 }
@@ -121,7 +125,6 @@ void SegmentList::mouseMoveEvent(QMouseEvent* event) {
     if (!dragging) {
         dragging = true;
         pressed->setLifted(true);
-        pressed->raise();
         setCursor(Qt::ClosedHandCursor);
     }
     dragTop = std::clamp(wanted, 0, height() - rowHeight());

@@ -139,13 +139,12 @@ bool Popover::closedByPressAt(const QPoint& position) {
     if (!sinceClosingPress.isValid()) {
         return false;
     }
-    const bool recent = !sinceClosingPress.hasExpired(anchorIsItem ? sameClickTime : hostClickTime);
-    sinceClosingPress.invalidate();
-    if (anchorIsItem && anchor.contains(closingPress) && anchor.contains(position)) {
-        return recent;
-    }
     // An item may be wider than what its popover stands at.
-    return recent && (position - closingPress).manhattanLength() <= sameClickDistance;
+    const bool atAnchor =
+        anchorIsItem && anchor.contains(closingPress) && anchor.contains(position);
+    const bool recent = !sinceClosingPress.hasExpired(atAnchor ? sameClickTime : hostClickTime);
+    sinceClosingPress.invalidate();
+    return recent && (atAnchor || (position - closingPress).manhattanLength() <= sameClickDistance);
 }
 
 QImage Popover::snapshot(double scale) {

@@ -23,6 +23,8 @@ class CombinedPanelTest : public testing::Test, protected FakeWorld {
         const auto found = panel.findChildren<SegmentRow*>();
         std::vector<SegmentRow*> result(found.begin(), found.end());
         std::ranges::sort(result, {}, [](const SegmentRow* row) { return row->y(); });
+        EXPECT_TRUE(std::equal(result.begin(), result.end(), found.begin()))
+            << "a screen reader goes through them in another order";
         return result;
     }
     QString seen() const {
