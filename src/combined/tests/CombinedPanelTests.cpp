@@ -74,6 +74,7 @@ TEST_F(CombinedPanelTest, rowsAreDraggedWithTheMouse) {
     QTest::mousePress(list, Qt::LeftButton, {}, at(0));
     QTest::mouseMove(list, at(2));
     settings.setOrder({QStringLiteral("d"), QStringLiteral("a")});
+    QTest::mouseMove(list, at(3));
     QTest::mouseRelease(list, Qt::LeftButton, {}, at(2));
     EXPECT_EQ(stored(), QStringLiteral("dabc"));
     EXPECT_EQ(seen(), stored());
