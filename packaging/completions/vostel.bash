@@ -11,7 +11,7 @@ _vostel_files() {
 _vostel_value() {
     case $1 in
         --bar) COMPREPLY=($(compgen -W "auto dock tray offscreen" -- "$cur")) ;;
-        --module) COMPREPLY=($(compgen -W "network cpu memory gpu" -- "$cur")) ;;
+        --module) COMPREPLY=($(compgen -W "network cpu memory gpu combined" -- "$cur")) ;;
         --scale) COMPREPLY=($(compgen -W "1 1.25 1.5 2 3 4" -- "$cur")) ;;
         --appearance) COMPREPLY=($(compgen -W "dark light" -- "$cur")) ;;
         --image) _vostel_files -f ;;

@@ -15,7 +15,7 @@ complete -c vostel -n __fish_use_subcommand -a export -d 'Write all settings int
 complete -c vostel -n __fish_use_subcommand -a import -d 'Replace all settings by those in a file'
 
 complete -c vostel -n '__fish_seen_subcommand_from snapshot' -l out -x -a '(__fish_complete_directories)' -d 'The folder to write into'
-complete -c vostel -n '__fish_seen_subcommand_from snapshot' -l module -x -a 'network cpu memory gpu' -d 'Only this item'
+complete -c vostel -n '__fish_seen_subcommand_from snapshot' -l module -x -a 'network cpu memory gpu combined' -d 'Only this item'
 complete -c vostel -n '__fish_seen_subcommand_from snapshot' -l scale -x -a '1 1.25 1.5 2 3 4' -d 'Device pixels for each point'
 complete -c vostel -n '__fish_seen_subcommand_from snapshot' -l appearance -x -a 'dark light' -d 'Dark or light, instead of both'
 

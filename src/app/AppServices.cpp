@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QStandardPaths>
 
+#include "app/ModuleTable.h"
 #include "app/updates/AppcastUpdater.h"
 #include "core/FirstRunDefaults.h"
 #include "core/Notifier.h"
@@ -42,6 +43,7 @@ AppServices::AppServices(Platform platformSources, const QString& settingsPath,
       memory(defaults, notifications, global),
       gpu(defaults, notifications, global),
       network(defaults, notifications, global),
+      combined(defaults, notifications, combinableModules()),
       updates(std::make_unique<UpdateController>(makeUpdater(), app, notifications, scheduler,
                                                  *platform.clock, Notifier::post)) {}
 

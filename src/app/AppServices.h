@@ -4,6 +4,7 @@
 
 #include "app/AppSettings.h"
 #include "app/updates/UpdateController.h"
+#include "combined/CombinedSettings.h"
 #include "core/AppContext.h"
 #include "core/Background.h"
 #include "core/DefaultsStore.h"
@@ -44,6 +45,7 @@ class AppServices {
     MemorySettings memory;
     GPUSettings gpu;
     NetworkSettings network;
+    CombinedSettings combined;
     std::unique_ptr<UpdateController> updates;  // never null
 };
 

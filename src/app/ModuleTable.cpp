@@ -1,6 +1,11 @@
 #include "app/ModuleTable.h"
 
+#include <algorithm>
+#include <tuple>
+
 #include "app/AppServices.h"
+#include "combined/CombinedModule.h"
+#include "combined/CombinedSettingsPanel.h"
 #include "monitors/cpu/CPUModule.h"
 #include "monitors/cpu/CPUSettingsPanel.h"
 #include "monitors/gpu/GPUModule.h"
@@ -21,13 +26,16 @@ struct Row {
     const char* id;
     const char* title;
     bool defaultEnabled;
+    // Its place among the segments of the combined item, as long as the user leaves them alone; 0:
+    // it cannot be combined, and what `make` makes need not be an EmbeddableModule.
+    int combinedPlace;
     Make make;
     const char* symbol;
     MakePanel makePanel;
 };
 
 constexpr Row rows[] = {
-    {"network", "Network Graph", true,
+    {"network", "Network Graph", true, 1,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<NetworkModule>(context, s.network,
                                                 NetworkOutside::ofThisMachine(context, s.icons));
@@ -36,7 +44,7 @@ constexpr Row rows[] = {
      [](AppServices& s) -> SettingsPanel* {
          return new NetworkSettingsPanel(s.network, s.notifications);
      }},
-    {"cpu", "CPU Graph", true,
+    {"cpu", "CPU Graph", true, 2,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<CPUModule>(context, s.cpu, s.processes);
      },
@@ -46,7 +54,7 @@ constexpr Row rows[] = {
          const bool canSplit = cores.performance > 0 && cores.efficiency > 0;
          return new CPUSettingsPanel(s.cpu, s.notifications, canSplit);
      }},
-    {"memory", "Memory Bar", true,
+    {"memory", "Memory Bar", true, 4,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<MemoryModule>(context, s.memory, s.processes);
      },
@@ -54,13 +62,40 @@ constexpr Row rows[] = {
      [](AppServices& s) -> SettingsPanel* {
          return new MemorySettingsPanel(s.memory, s.notifications);
      }},
-    {"gpu", "GPU Bar", true,
+    {"gpu", "GPU Bar", true, 3,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<GPUModule>(context, s.gpu, s.processes);
      },
      "gpu",
      [](AppServices& s) -> SettingsPanel* { return new GPUSettingsPanel(s.gpu, s.notifications); }},
+    {"combined", "Combined", false, 0,
+     [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
+         return std::make_unique<CombinedModule>(context, s.combined, makeCatalog(s, context));
+     },
+     "rectangle.3.group",
+     [](AppServices& s) -> SettingsPanel* {
+         return new CombinedSettingsPanel(s.combined, s.notifications);
+     }},
 };
+
+std::vector<const Row*> combinableRows() {
+    std::vector<const Row*> combinable;
+    for (const Row& row : rows) {
+        if (row.combinedPlace > 0) {
+            combinable.push_back(&row);
+        }
+    }
+    std::ranges::sort(combinable, {}, &Row::combinedPlace);
+    return combinable;
+}
+
+std::unique_ptr<EmbeddableModule> embeddable(std::unique_ptr<MenubarModule> made) {
+    auto* module = dynamic_cast<EmbeddableModule*>(made.get());
+    if (module != nullptr) {
+        std::ignore = made.release();
+    }
+    return std::unique_ptr<EmbeddableModule>(module);
+}
 
 }  // namespace
 
@@ -72,6 +107,25 @@ std::vector<Registration> makeRegistry(AppServices& services, AppContext& contex
              [&services, &context, make = row.make] { return make(services, context); }});
     }
     return registry;
+}
+
+Catalog makeCatalog(AppServices& services, AppContext& context) {
+    Catalog catalog;
+    for (const Row* row : combinableRows()) {
+        catalog.push_back({QLatin1String(row->id), QLatin1String(row->title),
+                           [&services, &context, make = row->make] {
+                               return embeddable(make(services, context));
+                           }});
+    }
+    return catalog;
+}
+
+std::vector<CombinedSettings::Available> combinableModules() {
+    std::vector<CombinedSettings::Available> modules;
+    for (const Row* row : combinableRows()) {
+        modules.push_back({QLatin1String(row->id), QLatin1String(row->title)});
+    }
+    return modules;
 }
 
 std::vector<SettingsPage> modulePages(AppServices& services) {

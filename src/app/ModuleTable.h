@@ -5,6 +5,8 @@
 #include <QStringList>
 
 #include "app/settings/SettingsPage.h"
+#include "combined/Catalog.h"
+#include "combined/CombinedSettings.h"
 #include "core/AppContext.h"
 #include "core/ModuleManager.h"
 
@@ -15,6 +17,11 @@ class AppServices;
 // The registration table: every item of the program, in the order of the Modules menu. The
 // factories borrow both arguments.
 std::vector<Registration> makeRegistry(AppServices& services, AppContext& context);
+
+// What the combined item can show, in its own order. The factories borrow both arguments.
+Catalog makeCatalog(AppServices& services, AppContext& context);
+// The same without the factories.
+std::vector<CombinedSettings::Available> combinableModules();
 
 // The items' pages of the settings window, in the order of the table. The factories borrow the
 // argument.

@@ -10,7 +10,7 @@
 #include "app/AppDelegate.h"
 #include "app/ModuleTable.h"
 #include "core/Log.h"
-#include "item/ItemModule.h"
+#include "item/ShownItem.h"
 #include "statusbar/OffscreenBar.h"
 #include "ui/Popover.h"
 #include "ui/Theme.h"
@@ -29,8 +29,10 @@ class Snapshot {
 
     // What a popover needs to have seen before it is worth a picture.
     void begin() {
-        for (ItemModule* item : items()) {
-            item->detailPopoverWillShow();
+        for (ShownItem* item : items()) {
+            if (auto* module = dynamic_cast<EmbeddableModule*>(item)) {
+                module->detailPopoverWillShow();
+            }
         }
     }
 
@@ -44,10 +46,10 @@ class Snapshot {
     }
 
   private:
-    std::vector<ItemModule*> items() const {
-        std::vector<ItemModule*> result;
+    std::vector<ShownItem*> items() const {
+        std::vector<ShownItem*> result;
         for (const Registration& row : delegate.moduleManager->rows()) {
-            auto* item = dynamic_cast<ItemModule*>(delegate.moduleManager->running(row.id));
+            auto* item = dynamic_cast<ShownItem*>(delegate.moduleManager->running(row.id));
             if (item != nullptr && (commandLine.module.isEmpty() || commandLine.module == row.id)) {
                 result.push_back(item);
             }
@@ -66,7 +68,7 @@ class Snapshot {
         if (commandLine.module.isEmpty()) {
             save(bar.image(), QStringLiteral("bar-") + suffix);
         }
-        for (ItemModule* item : items()) {
+        for (ShownItem* item : items()) {
             const QString id = item->identity().id;
             const ImageContext context{appearance, ImageShape::Wide, commandLine.scale,
                                        bar.thickness()};
@@ -78,8 +80,10 @@ class Snapshot {
             if (const auto image = item->menubarImage(square)) {
                 save(tinted(*image, appearance), id + QStringLiteral("-square-") + suffix);
             }
-            save(item->detailPopover()->snapshot(commandLine.scale),
-                 id + QStringLiteral("-popover-") + suffix);
+            if (auto* module = dynamic_cast<EmbeddableModule*>(item)) {
+                save(module->detailPopover()->snapshot(commandLine.scale),
+                     id + QStringLiteral("-popover-") + suffix);
+            }
         }
         writeSettings(suffix);
     }

@@ -8,7 +8,7 @@
 #include <QTimer>
 
 #include "app/AppDelegate.h"
-#include "item/ItemModule.h"
+#include "item/ShownItem.h"
 #include "statusbar/OffscreenBar.h"
 
 namespace vostel {
@@ -21,7 +21,7 @@ constexpr double noTicks = 1e6;  // makes every interval longer than the command
 void print(const AppDelegate& delegate, bool json) {
     QJsonObject object;
     for (const Registration& row : delegate.moduleManager->rows()) {
-        if (auto* item = dynamic_cast<ItemModule*>(delegate.moduleManager->running(row.id))) {
+        if (auto* item = dynamic_cast<ShownItem*>(delegate.moduleManager->running(row.id))) {
             item->tick();
             if (json) {
                 object.insert(row.id, QJsonObject::fromVariantMap(item->statusValues()));

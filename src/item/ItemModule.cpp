@@ -4,11 +4,6 @@
 
 #include <chrono>
 
-#include <QApplication>
-#include <QScreen>
-
-#include "core/ModuleManager.h"
-
 namespace vostel {
 
 namespace {
@@ -20,23 +15,11 @@ using namespace std::chrono_literals;
 constexpr auto popoverKept = 10s;
 constexpr double timerTolerance = 0.15;  // of the interval
 
-// Under the item, or over it when the bar is at the bottom; at the pointer where the host does not
-// tell the item's place.
-QPoint menuPosition(const QMenu& menu, const std::optional<QRect>& item, const QPoint& click) {
-    if (!item) {
-        return click;
-    }
-    const QScreen* screen = QGuiApplication::screenAt(item->center());
-    const bool atBottom = screen != nullptr && item->center().y() > screen->geometry().center().y();
-    return atBottom ? item->topLeft() - QPoint(0, menu.sizeHint().height())
-                    : QPoint(item->left(), item->bottom() + 1);
-}
-
 }  // namespace
 
 ItemModule::ItemModule(AppContext& appContext, ItemIdentity identity,
                        ModuleSettings& moduleSettings)
-    : context(appContext), who(std::move(identity)), settings(moduleSettings) {
+    : ShownItem(appContext, std::move(identity)), settings(moduleSettings) {
     popoverRelease.setSingleShot(true);
     popoverRelease.setInterval(popoverKept);
     connect(&popoverRelease, &QTimer::timeout, this, [this] {
@@ -49,9 +32,7 @@ ItemModule::~ItemModule() = default;
 
 void ItemModule::start() {
     embedded = false;
-    statusItem = context.statusBar.makeItem(QStringLiteral("vostel.") + who.id);
-    connect(statusItem.get(), &StatusItem::clicked, this, &ItemModule::handleClick);
-    connect(statusItem.get(), &StatusItem::imagesWanted, this, &ItemModule::render);
+    makeStatusItem();
     begin();
 }
 
@@ -81,11 +62,8 @@ void ItemModule::stop() {
     timer.reset();
     subscriptions.clear();
     popoverRelease.stop();
-    if (openMenu) {
-        openMenu->close();
-    }
     popover.reset();
-    statusItem.reset();
+    removeStatusItem();
 }
 
 void ItemModule::startTimer() {
@@ -113,48 +91,22 @@ void ItemModule::settingsChanged() {
 }
 
 void ItemModule::render() {
-    if (statusItem) {
+    if (status() != nullptr) {
         std::vector<StatusImage> images;
-        for (const ImageContext& wanted : statusItem->wantedImages()) {
+        for (const ImageContext& wanted : status()->wantedImages()) {
             images.push_back(menubarImage(wanted).value_or(StatusImage()));
         }
-        statusItem->setImages(std::move(images));
-        statusItem->setToolTip(who.toolTip, valueText());
+        showImages(std::move(images));
     } else if (embedded && onImageChanged) {
         onImageChanged();
     }
     Q_EMIT rendered();
 }
 
-void ItemModule::handleClick(const StatusItemClick& click) {
-    if (click.button == Qt::RightButton || click.modifiers.testFlag(Qt::ControlModifier)) {
-        showMenu(click);
-    } else if (click.button == Qt::LeftButton) {
-        togglePopover(click);
-    }
-}
-
-void ItemModule::showMenu(const StatusItemClick& click) {
+void ItemModule::closePopover() {
     if (popover) {
         popover->close();
     }
-    auto* menu = new QMenu;
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    connect(menu->addAction(who.shortName + QStringLiteral(" Settings…")), &QAction::triggered,
-            this, [this] { openSettingsPanel(); });
-    menu->addSeparator();
-    if (context.modules != nullptr) {
-        QMenu* modules = context.modules->buildModulesMenu().release();
-        modules->setParent(menu, modules->windowFlags());
-        menu->addMenu(modules);
-    }
-    menu->addSeparator();
-    // Queued from a context that outlives this module: quitting stops it.
-    QAction* quit = menu->addAction(QStringLiteral("Quit Vostel"));
-    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
-    connect(quit, &QAction::triggered, qApp, context.quit, Qt::QueuedConnection);
-    openMenu = menu;
-    menu->popup(menuPosition(*menu, statusItem->screenRect(), click.globalPosition));
 }
 
 Popover* ItemModule::detailPopover() {
@@ -166,20 +118,14 @@ Popover* ItemModule::detailPopover() {
     return popover.get();
 }
 
-void ItemModule::togglePopover(const StatusItemClick& click) {
+void ItemModule::clicked(const StatusItemClick& click) {
     if (popover && (popover->isVisible() || popover->closedByPressAt(click.globalPosition))) {
         popover->close();
         return;
     }
     Popover* shown = detailPopover();
     detailPopoverWillShow();
-    if (const auto rect = statusItem->screenRect()) {
-        shown->showAt(*rect);
-    } else if (!click.globalPosition.isNull()) {
-        shown->showAtPoint(click.globalPosition);
-    } else {
-        shown->showAtCorner();
-    }
+    showBeside(*shown, click);
 }
 
 void ItemModule::popoverClosed() {

@@ -3,32 +3,20 @@
 #include <memory>
 #include <vector>
 
-#include <QMenu>
-#include <QObject>
-#include <QPointer>
 #include <QTimer>
-#include <QVariantMap>
 
-#include "core/AppContext.h"
 #include "core/ModuleSettings.h"
 #include "core/Modules.h"
 #include "core/NotificationCenter.h"
 #include "core/TickScheduler.h"
-#include "statusbar/StatusBar.h"
+#include "item/ShownItem.h"
 #include "ui/Popover.h"
 
 namespace vostel {
 
-struct ItemIdentity {
-    QString id;         // "cpu"; the autosave name is "vostel." + id
-    QString shortName;  // "CPU", before " Settings…" in the context menu
-    QString toolTip;    // "CPU usage"
-};
-
-// The plumbing that every item shares: status item, timer, popover, observers, click, context
-// menu, embedding. A module states only what is its own: how it samples, what it draws, what its
-// popover holds.
-class ItemModule : public QObject, public EmbeddableModule {
+// The plumbing that every item of its own values shares: timer, popover, observers, embedding. A
+// module states only what is its own: how it samples, what it draws, what its popover holds.
+class ItemModule : public ShownItem, public EmbeddableModule {
     Q_OBJECT
 
   public:
@@ -42,18 +30,10 @@ class ItemModule : public QObject, public EmbeddableModule {
     void detailPopoverWillShow() override { tick(); }
     void detailPopoverDidClose() override {}
 
-    const ItemIdentity& identity() const { return who; }
-
-    // What the item shows, as one short text ("CPU 12 %"): tool tip, accessible value, text bar.
-    virtual QString valueText() const = 0;
-    // The current values for `vostel status --json`; fractions 0 ... 1, bytes, bytes per second.
-    virtual QVariantMap statusValues() const = 0;
-
+    // Both bases ask for it.
+    std::optional<StatusImage> menubarImage(const ImageContext& context) override = 0;
     // Samples, appends to the history, updates the view model, renders.
-    virtual void tick() = 0;
-
-  Q_SIGNALS:
-    void rendered();  // there is a new image
+    void tick() override = 0;
 
   protected:
     ItemModule(AppContext& context, ItemIdentity identity, ModuleSettings& settings);
@@ -69,27 +49,21 @@ class ItemModule : public QObject, public EmbeddableModule {
     void render();
     bool isPopoverShown() const { return popover && popover->isVisible(); }
     double effInterval() const { return settings.effInterval(); }
-    void openSettingsPanel() { context.openSettings(who.id); }
-
-    AppContext& context;
 
   private:
     void begin();
     void startTimer();
     void settingsChanged();
-    void handleClick(const StatusItemClick& click);
-    void showMenu(const StatusItemClick& click);
-    void togglePopover(const StatusItemClick& click);
+    void clicked(const StatusItemClick& click) final;
+    void imagesWanted() final { render(); }
+    void closePopover() final;
     void popoverClosed();
 
-    const ItemIdentity who;
     ModuleSettings& settings;
-    std::unique_ptr<StatusItem> statusItem;
     std::unique_ptr<TickScheduler::Tick> timer;
     std::unique_ptr<Popover> popover;
     QTimer popoverRelease;
     std::vector<NotificationCenter::Subscription> subscriptions;
-    QPointer<QMenu> openMenu;
     bool embedded = false;
     bool running = false;
     bool changePending = false;

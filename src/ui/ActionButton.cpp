@@ -57,6 +57,9 @@ QSize ActionButton::minimumSizeHint() const {
 void ActionButton::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
+    if (!isEnabled()) {
+        painter.setOpacity(0.4);
+    }
     const Theme& theme = Theme::current();
     const QRectF box = QRectF(rect()).adjusted(1, 1, -1, -1);
     painter.setPen(Qt::NoPen);

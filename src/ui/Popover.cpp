@@ -139,12 +139,12 @@ bool Popover::closedByPressAt(const QPoint& position) {
     if (!sinceClosingPress.isValid()) {
         return false;
     }
-    const bool recent = !sinceClosingPress.hasExpired(anchorIsItem ? sameClickTime : hostClickTime);
+    // An item may be wider than what its popover stands at.
+    const bool atAnchor =
+        anchorIsItem && anchor.contains(closingPress) && anchor.contains(position);
+    const bool recent = !sinceClosingPress.hasExpired(atAnchor ? sameClickTime : hostClickTime);
     sinceClosingPress.invalidate();
-    if (anchorIsItem) {
-        return recent && anchor.contains(closingPress) && anchor.contains(position);
-    }
-    return recent && (position - closingPress).manhattanLength() <= sameClickDistance;
+    return recent && (atAnchor || (position - closingPress).manhattanLength() <= sameClickDistance);
 }
 
 QImage Popover::snapshot(double scale) {

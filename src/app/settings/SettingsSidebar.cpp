@@ -9,7 +9,7 @@
 #include "app/BarSwitch.h"
 #include "app/settings/SidebarRow.h"
 #include "core/ModuleManager.h"
-#include "item/ItemModule.h"
+#include "item/ShownItem.h"
 #include "ui/Theme.h"
 #include "ui/ThinScrollBar.h"
 #include "ui/settings/TextField.h"
@@ -78,16 +78,16 @@ void SettingsSidebar::attach() {
     connections.clear();
     for (SidebarRow* row : rows) {
         row->setOn(context.modules->isEnabled(row->id()));
-        if (auto* item = dynamic_cast<ItemModule*>(context.modules->running(row->id()))) {
+        if (auto* item = dynamic_cast<ShownItem*>(context.modules->running(row->id()))) {
             connections.push_back(
-                connect(item, &ItemModule::rendered, this, [this, row] { draw(*row); }));
+                connect(item, &ShownItem::rendered, this, [this, row] { draw(*row); }));
         }
         draw(*row);
     }
 }
 
 void SettingsSidebar::draw(SidebarRow& row) {
-    auto* item = dynamic_cast<EmbeddableModule*>(context.modules->running(row.id()));
+    auto* item = dynamic_cast<ShownItem*>(context.modules->running(row.id()));
     if (item == nullptr || window()->isMinimized()) {
         row.setMiniature({}, Appearance::Dark);
         return;

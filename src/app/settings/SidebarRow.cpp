@@ -91,15 +91,25 @@ void SidebarRow::paintMiniature(QPainter& painter) const {
                          toggle->isChecked() ? QString() : tr("Off"));
         return;
     }
+    // As it is; what is wider than the row, smaller.
     const QSizeF size = miniature.deviceIndependentSize();
-    const QRectF chip(textLeft, bottom - size.height(),
-                      std::min(size.width() + 2 * chipPadding, width() - textLeft - edge * 1.0),
+    const double room = width() - textLeft - edge - 2 * chipPadding;
+    const double factor = std::min(1.0, room / size.width());
+    const QRectF chip(textLeft, bottom - size.height(), size.width() * factor + 2 * chipPadding,
                       size.height());
     QPainterPath outline;
     outline.addRoundedRect(chip, 4, 4);
     painter.fillPath(outline, barColors(barAppearance).background);
     painter.setClipPath(outline);
-    painter.drawImage(QPointF(chip.left() + chipPadding, chip.top()), miniature);
+    if (factor < 1) {
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        const double height = size.height() * factor;
+        painter.drawImage(QRectF(chip.left() + chipPadding, chip.center().y() - height / 2,
+                                 size.width() * factor, height),
+                          miniature);
+    } else {
+        painter.drawImage(QPointF(chip.left() + chipPadding, chip.top()), miniature);
+    }
     painter.setClipping(false);
 }
 

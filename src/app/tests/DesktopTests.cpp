@@ -6,9 +6,11 @@
 #include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusVariant>
+#include <QElapsedTimer>
 
 #include "app/ModuleTable.h"
 #include "app/tests/Program.h"
+#include "core/DefaultsStore.h"
 #include "statusbar/tests/PrivateBus.h"
 #include "statusbar/tests/XServer.h"
 
@@ -99,6 +101,25 @@ int itemsWidth() {
         }
     }
     return 0;
+}
+
+// What is drawn on the bar, as runs of columns at least `gap` pixels apart.
+std::vector<QRect> blocks(int gap) {
+    const QImage image = bar();
+    std::vector<QRect> runs;
+    for (int x = 0; x < screenWidth; ++x) {
+        for (int y = 0; y < barHeight; ++y) {
+            if (image.pixel(x, y) == image.pixel(0, y)) {
+                continue;
+            }
+            if (runs.empty() || x - runs.back().right() > gap) {
+                runs.emplace_back(x, 0, 1, barHeight);
+            }
+            runs.back().setRight(x);
+            break;
+        }
+    }
+    return runs;
 }
 
 bool hasBar() {
@@ -202,6 +223,52 @@ TEST_F(Desktop, OneClickGoesFromPopoverToPopover) {
     EXPECT_TRUE(until([&] { return windows().size() == 1 && windows() != shown; }));
     click(firstItem);
     EXPECT_TRUE(until([] { return windows().empty(); }));
+    expectCleanEnd(*program);
+}
+
+// Catches clicks that are measured from the wrong edge, and a second click that opens again what
+// its press had closed.
+TEST_F(Desktop, EverySegmentOfTheCombinedItemOpensItsOwnPopover) {
+    constexpr int spacing = 40;  // more than any gap within a segment
+    home.seed({QStringLiteral("combined")});
+    DefaultsStore(home.settingsFile(), nullptr)
+        .set(QStringLiteral("combined.spacing"), 1.0 * spacing);
+    auto program = start();
+    const auto segments = [] { return blocks(spacing - 5); };
+    ASSERT_TRUE(until([&] { return segments().size() == 4; }));
+    const std::vector<QRect> parts = segments();
+    const auto between = [&](int left) {
+        return (parts[left].right() + parts[left + 1].left()) / 2;
+    };
+    const struct {
+        int x;
+        const char* title;
+    } rows[] = {
+        {parts[0].center().x(), "Memory"}, {parts[1].center().x(), "GPU"},
+        {parts[2].center().x(), "CPU"},    {parts[3].center().x(), "Network"},
+        {parts[0].left() - 3, "Memory"},   {between(0), "Network"},
+        {between(1), "Network"},           {between(2), "Network"},
+        {parts[3].right() + 3, "Network"},
+    };
+    for (const auto& row : rows) {
+        const QRect place = opened([&] { click({row.x, barHeight / 2}); });
+        ASSERT_FALSE(place.isNull()) << row.x;
+        ASSERT_EQ(windows().size(), 1U);
+        EXPECT_EQ(tool({QStringLiteral("getwindowname"), windows().begin()->first}).trimmed(),
+                  QLatin1String(row.title))
+            << row.x;
+        if (QLatin1String(row.title) == QStringLiteral("Memory")) {  // far enough from the edge
+            EXPECT_NEAR(place.center().x(), parts[0].center().x(), 3);
+        }
+        // A second click closes, wherever on the item it is, and opens nothing.
+        click({(row.x + 150 - parts[0].left()) % 250 + parts[0].left(), barHeight / 2});
+        EXPECT_TRUE(until([] { return windows().empty(); })) << row.x;
+        QElapsedTimer later;
+        later.start();
+        until([&] { return later.hasExpired(300); });
+        EXPECT_TRUE(windows().empty()) << row.x;
+    }
+    EXPECT_FALSE(opened([&] { click(parts[0].center()); }).isNull());
     expectCleanEnd(*program);
 }
 

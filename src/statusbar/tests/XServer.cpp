@@ -67,7 +67,7 @@ XServer::~XServer() {
     end(server);
 }
 
-QString XServer::run(const QString& program, const QStringList& arguments) {
+QString XServer::run(const QString& program, const QStringList& arguments, int tries) {
     QProcess process;
     process.start(program, arguments);
     QElapsedTimer waited;
@@ -81,7 +81,12 @@ QString XServer::run(const QString& program, const QStringList& arguments) {
         fail(program + QStringLiteral(": ") + process.errorString());
     }
     if (process.exitCode() != 0) {
-        fail(program + QStringLiteral(": ") + QString::fromUtf8(process.readAllStandardError()));
+        const QString complaint = QString::fromUtf8(process.readAllStandardError());
+        // A window went away while the tool looked at it.
+        if (tries > 1 && complaint.contains(QStringLiteral("BadWindow"))) {
+            return run(program, arguments, tries - 1);
+        }
+        fail(program + QStringLiteral(": ") + complaint);
     }
     return QString::fromUtf8(process.readAllStandardOutput());
 }

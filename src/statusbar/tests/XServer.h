@@ -23,8 +23,9 @@ class XServer {
     ~XServer();
 
     // The output of a tool run against this server, while the event loop goes on. Ends the test
-    // program when the tool is missing or fails.
-    static QString run(const QString& program, const QStringList& arguments);
+    // program when the tool is missing or fails. `tries`: how often it may meet a window that just
+    // went away.
+    static QString run(const QString& program, const QStringList& arguments, int tries = 5);
     static void xdotool(const char* arguments) {
         run(QStringLiteral("xdotool"), QString::fromLatin1(arguments).split(u' '));
     }

@@ -123,7 +123,9 @@ TEST(Popover, knowsThePressThatClosedIt) {
     };
     for (const Row& row : {Row{{110, 10}, {112, 12}, true},
                            {{700, 500}, {112, 12}, false},
-                           {{110, 10}, {400, 12}, false}}) {
+                           {{110, 10}, {400, 12}, false},
+                           {{160, 10}, {163, 12}, true},  // the item is wider than the anchor
+                           {{160, 10}, {110, 12}, false}}) {
         Opened test;
         QTest::mousePress(&test.popover, Qt::LeftButton, {}, test.popover.mapFromGlobal(row.press));
         EXPECT_FALSE(test.popover.isVisible());
