@@ -16,6 +16,8 @@ const QString orderKey = QStringLiteral("app.itemOrder");
 const QString launchedKey = QStringLiteral("app.hasLaunched");
 
 bool seedFirstRun(DefaultsStore& store) {
+    store.know(launchedKey,
+               [](const PropertyList& list, const QString& key) { return list.holdsTruth(key); });
     if (store.values().truth(launchedKey)) {
         return false;
     }
@@ -42,7 +44,11 @@ AppServices::AppServices(Platform platformSources, const QString& settingsPath,
       network(defaults, notifications, global) {}
 
 ItemOrder::ItemOrder(DefaultsStore& store, QStringList defaultOrder)
-    : defaults(store), fallback(std::move(defaultOrder)) {}
+    : defaults(store), fallback(std::move(defaultOrder)) {
+    defaults.know(orderKey, [](const PropertyList& list, const QString& key) {
+        return list.textList(key).has_value();
+    });
+}
 
 // Items that the stored order does not know (a module of a later version) stand at the end.
 QStringList ItemOrder::itemOrder() const {

@@ -8,6 +8,7 @@
 #include "app/AppDelegate.h"
 #include "app/BarSwitch.h"
 #include "app/ModuleTable.h"
+#include "app/Relaunch.h"
 #include "app/SignalWatcher.h"
 #include "app/SingleInstance.h"
 #include "core/Log.h"
@@ -57,6 +58,7 @@ Display reachedDisplay(Display found) {
 }  // namespace
 
 int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
+    Handover handover;
     const Display found = prepareDisplay(commandLine.bar);
     QApplication::setDesktopFileName(QStringLiteral("com.vostel.app"));
     QApplication application(argc, argv);
@@ -64,8 +66,12 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("vostel"));
     QApplication::setQuitOnLastWindowClosed(false);
 
+    if (!handover.complete()) {
+        return 0;
+    }
+    Relaunch relaunch(programsToStart());
     SingleInstance instance(runtimeFolder());
-    if (!instance.acquire()) {
+    if (!instance.acquire(handover.takeLock())) {
         const bool asked = SingleInstance::askToShowSettings();
         std::printf("Vostel is already running%s\n", asked ? "; its settings window opens" : "");
         return 0;
@@ -87,10 +93,25 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
                          [&services] { services.defaults.flush(); });
         QObject::connect(&instance, &SingleInstance::showSettingsRequested, &delegate,
                          [&delegate] { delegate.showSettings(); });
+        delegate.exchange.relaunch = [&](const Relaunch::Done& done) {
+            relaunch.start(instance.lock(), [&instance, done](const auto& error) {
+                done(error);
+                if (!error) {
+                    instance.fallSilent();
+                    QCoreApplication::quit();
+                }
+            });
+        };
+        instance.settings = [&services] { return services.defaults.values().toXml(); };
+        instance.import = [&delegate](const QByteArray& bytes, SettingsExchange::Done done) {
+            delegate.exchange.import(bytes, std::move(done));
+        };
         delegate.didFinishLaunching();
         instance.listen();
         status = QApplication::exec();
         delegate.willTerminate();
+        instance.settings = nullptr;
+        instance.import = nullptr;
     }
     storeToFlush = nullptr;
     return status;

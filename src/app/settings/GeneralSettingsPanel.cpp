@@ -60,6 +60,7 @@ GeneralSettingsPanel::GeneralSettingsPanel(AppServices& services, AppContext& co
     : SettingsPanel(QStringLiteral("General")) {
     addStartupSection(services.app);
     addBarSection(services.app, context);
+    addSettingsFileSection(context);
     addAboutSection(context);
     follow(services.notifications, {AppSettings::changeNotification});
 }
@@ -96,6 +97,17 @@ void GeneralSettingsPanel::addBarSection(AppSettings& settings, AppContext& cont
                           {QStringLiteral("auto"), QStringLiteral("Automatic")}},
                          bound(settings.barAppearance)));
     addNote(QStringLiteral("Edge, thickness and appearance are those of Vostel's own bar."));
+}
+
+void GeneralSettingsPanel::addSettingsFileSection(AppContext& context) {
+    addSection(QStringLiteral("Settings File"));
+    addRow(new ButtonRow(QStringLiteral("To a File"), QStringLiteral("Export Settings…"),
+                         context.exportSettings));
+    addRow(new ButtonRow(QStringLiteral("From a File"), QStringLiteral("Import Settings…"),
+                         context.importSettings));
+    addNote(
+        QStringLiteral("Export saves all Vostel preferences to a file. Import replaces them and "
+                       "relaunches the app. Sign-in credentials aren’t included."));
 }
 
 void GeneralSettingsPanel::addAboutSection(AppContext& context) {

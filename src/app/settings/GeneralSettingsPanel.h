@@ -16,6 +16,7 @@ class GeneralSettingsPanel : public SettingsPanel {
   private:
     void addBarSection(AppSettings& settings, AppContext& context);
     void addStartupSection(AppSettings& settings);
+    void addSettingsFileSection(AppContext& context);
     void addAboutSection(AppContext& context);
 };
 
