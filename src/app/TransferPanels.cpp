@@ -6,6 +6,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include "render/SymbolImage.h"
+#include "ui/Theme.h"
 #include "ui/settings/SettingsLook.h"
 
 namespace vostel {
@@ -16,17 +18,27 @@ const QString exportFailed = QStringLiteral("Couldn’t export settings.");
 const QString importFailed = QStringLiteral("Couldn’t import settings.");
 const QString propertyLists = QStringLiteral("Property Lists (*.plist)");
 
-QMessageBox* messageBox(QMessageBox::Icon icon, const QString& text, const QString& detail,
-                        QWidget* parent) {
+constexpr double symbolSize = 40;  // logical pixels
+constexpr int textWidth = 380;
+
+QMessageBox* messageBox(const QString& symbol, const QColor& color, const QString& text,
+                        const QString& detail, QWidget* parent) {
     auto* box = new QMessageBox(parent);
     box->setWindowTitle(QStringLiteral("Vostel"));
-    box->setIcon(icon);
+    box->setIconPixmap(
+        QPixmap::fromImage(symbolImage(symbol, symbolSize, box->devicePixelRatioF(), color)));
     box->setText(text);
     box->setInformativeText(detail);
-    // A file's name may look like markup.
-    box->setTextFormat(Qt::PlainText);
-    for (QLabel* label : box->findChildren<QLabel*>()) {
-        label->setTextFormat(Qt::PlainText);
+    const QList<QLabel*> labels = box->findChildren<QLabel*>();
+    for (QLabel* label : labels) {
+        label->setTextFormat(Qt::PlainText);  // a file's name may look like markup
+        if (label->text() == text) {
+            QFont bold = label->font();
+            bold.setBold(true);
+            label->setFont(bold);
+        } else if (label->text() == detail) {
+            label->setMinimumWidth(textWidth);
+        }
     }
     return box;
 }
@@ -116,13 +128,14 @@ void TransferPanels::read(const QString& path) {
 
 void TransferPanels::askToReplace(const PropertyList& settings) {
     QMessageBox* box = messageBox(
-        QMessageBox::Question, QStringLiteral("Replace all settings?"),
+        QStringLiteral("gearshape"), Theme::current().accent,
+        QStringLiteral("Replace all settings?"),
         QStringLiteral("This overwrites your current Vostel preferences with the imported ones and "
                        "relaunches the app. Sign-in credentials aren’t included, so signed-in "
                        "accounts may need to sign in again."),
         window());
     auto* import = box->addButton(QStringLiteral("Import && Relaunch"), QMessageBox::AcceptRole);
-    box->addButton(QMessageBox::Cancel);
+    box->setEscapeButton(box->addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole));
     box->setDefaultButton(import);
     connect(import, &QAbstractButton::clicked, this, [this, settings] {
         exchange.replace(settings, [this](const QString& error) {
@@ -135,7 +148,13 @@ void TransferPanels::askToReplace(const PropertyList& settings) {
 }
 
 void TransferPanels::present(const QString& error, const QString& detail) {
-    open(messageBox(QMessageBox::Warning, error, detail, window()));
+    // A long path may break after each folder.
+    QString breakable = detail;
+    breakable.replace(u'/', QStringLiteral("/\u200b"));
+    QMessageBox* box = messageBox(QStringLiteral("exclamationmark.triangle.fill"),
+                                  Theme::current().warning, error, breakable, window());
+    box->addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
+    open(box);
 }
 
 }  // namespace vostel
