@@ -1,5 +1,6 @@
 #include "app/RunCommand.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -58,6 +59,8 @@ Display reachedDisplay(Display found) {
 }  // namespace
 
 int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
+    // Who read the output of the process before this one may have gone with it.
+    std::signal(SIGPIPE, SIG_IGN);
     Handover handover;
     const Display found = prepareDisplay(commandLine.bar);
     QApplication::setDesktopFileName(QStringLiteral("com.vostel.app"));

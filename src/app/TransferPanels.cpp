@@ -74,19 +74,15 @@ void TransferPanels::open(QDialog* dialog) {
     bringsForward();
 }
 
-QFileDialog* TransferPanels::filePanel(const QString& title) {
-    auto* panel = new QFileDialog(window(), title, QDir::homePath());
-    panel->setDefaultSuffix(QStringLiteral("plist"));
-    return panel;
-}
-
 void TransferPanels::exportSettings() {
     if (bringsForward()) {
         return;
     }
-    QFileDialog* panel = filePanel(QStringLiteral("Export Vostel Settings"));
+    auto* panel =
+        new QFileDialog(window(), QStringLiteral("Export Vostel Settings"), QDir::homePath());
     panel->setAcceptMode(QFileDialog::AcceptSave);
     panel->setNameFilter(propertyLists);
+    panel->setDefaultSuffix(QStringLiteral("plist"));
     panel->selectFile(QLatin1String(SettingsTransfer::suggestedName));
     connect(panel, &QFileDialog::fileSelected, this, &TransferPanels::write);
     open(panel);
@@ -109,7 +105,8 @@ void TransferPanels::importSettings() {
     if (bringsForward()) {
         return;
     }
-    QFileDialog* panel = filePanel(QStringLiteral("Import Vostel Settings"));
+    auto* panel =
+        new QFileDialog(window(), QStringLiteral("Import Vostel Settings"), QDir::homePath());
     panel->setFileMode(QFileDialog::ExistingFile);
     panel->setNameFilters({propertyLists, QStringLiteral("All Files (*)")});
     connect(panel, &QFileDialog::fileSelected, this, &TransferPanels::read);

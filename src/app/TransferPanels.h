@@ -7,7 +7,6 @@
 #include "app/SettingsExchange.h"
 
 class QDialog;
-class QFileDialog;
 class QWidget;
 
 namespace vostel {
@@ -29,9 +28,9 @@ class TransferPanels : public QObject {
     void present(const QString& error, const QString& detail);
 
   private:
-    QFileDialog* filePanel(const QString& title);
     // Shows a dialog that deletes itself when it closes.
     void open(QDialog* dialog);
+    // Brings the panel forward that is shown; false when there is none.
     bool bringsForward() const;
     void write(const QString& path);
     void read(const QString& path);

@@ -81,7 +81,13 @@ QString XServer::run(const QString& program, const QStringList& arguments) {
         fail(program + QStringLiteral(": ") + process.errorString());
     }
     if (process.exitCode() != 0) {
-        fail(program + QStringLiteral(": ") + QString::fromUtf8(process.readAllStandardError()));
+        const QString error = QString::fromUtf8(process.readAllStandardError());
+        // A window may end while it is looked at.
+        if (error.contains(QStringLiteral("BadWindow")) &&
+            arguments.contains(QStringLiteral("search"))) {
+            return run(program, arguments);
+        }
+        fail(program + QStringLiteral(": ") + error);
     }
     return QString::fromUtf8(process.readAllStandardOutput());
 }
