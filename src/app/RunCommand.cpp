@@ -101,7 +101,7 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
                 done(error);
                 if (!error) {
                     instance.fallSilent();
-                    QCoreApplication::quit();
+                    QCoreApplication::exit();  // no open window may object
                 }
             });
         };

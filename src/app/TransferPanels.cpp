@@ -1,10 +1,13 @@
 #include "app/TransferPanels.h"
 
+#include <QAbstractFileIconProvider>
+#include <QApplication>
 #include <QDir>
 #include <QFileDialog>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStyle>
 
 #include "render/SymbolImage.h"
 #include "ui/Theme.h"
@@ -17,6 +20,25 @@ namespace {
 const QString exportFailed = QStringLiteral("Couldn’t export settings.");
 const QString importFailed = QStringLiteral("Couldn’t import settings.");
 const QString propertyLists = QStringLiteral("Property Lists (*.plist)");
+
+// Tells folders from files. The toolkit's own looks into every file of a folder for its type, on
+// the main thread too, and waits where reading waits.
+class PlainIcons : public QAbstractFileIconProvider {
+  public:
+    QIcon icon(IconType type) const override { return type == File ? file : folder; }
+    // Called on the worker of the panel, too.
+    QIcon icon(const QFileInfo& info) const override { return info.isDir() ? folder : file; }
+    QString type(const QFileInfo& info) const override {
+        const bool isList = info.suffix() == QStringLiteral("plist");
+        return info.isDir() ? QStringLiteral("Folder")
+               : isList     ? QStringLiteral("Property List")
+                            : QStringLiteral("File");
+    }
+
+  private:
+    const QIcon folder = QApplication::style()->standardIcon(QStyle::SP_DirIcon);
+    const QIcon file = QApplication::style()->standardIcon(QStyle::SP_FileIcon);
+};
 
 constexpr double symbolSize = 40;  // logical pixels
 constexpr int textWidth = 380;
@@ -74,12 +96,20 @@ void TransferPanels::open(QDialog* dialog) {
     bringsForward();
 }
 
+QFileDialog* TransferPanels::filePanel(const QString& title) {
+    if (!icons) {
+        icons = std::make_unique<PlainIcons>();
+    }
+    auto* panel = new QFileDialog(window(), title, QDir::homePath());
+    panel->setIconProvider(icons.get());
+    return panel;
+}
+
 void TransferPanels::exportSettings() {
     if (bringsForward()) {
         return;
     }
-    auto* panel =
-        new QFileDialog(window(), QStringLiteral("Export Vostel Settings"), QDir::homePath());
+    QFileDialog* panel = filePanel(QStringLiteral("Export Vostel Settings"));
     panel->setAcceptMode(QFileDialog::AcceptSave);
     panel->setNameFilter(propertyLists);
     panel->setDefaultSuffix(QStringLiteral("plist"));
@@ -105,8 +135,7 @@ void TransferPanels::importSettings() {
     if (bringsForward()) {
         return;
     }
-    auto* panel =
-        new QFileDialog(window(), QStringLiteral("Import Vostel Settings"), QDir::homePath());
+    QFileDialog* panel = filePanel(QStringLiteral("Import Vostel Settings"));
     panel->setFileMode(QFileDialog::ExistingFile);
     panel->setNameFilters({propertyLists, QStringLiteral("All Files (*)")});
     connect(panel, &QFileDialog::fileSelected, this, &TransferPanels::read);

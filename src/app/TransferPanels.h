@@ -1,12 +1,15 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 
 #include <QPointer>
 
 #include "app/SettingsExchange.h"
 
+class QAbstractFileIconProvider;
 class QDialog;
+class QFileDialog;
 class QWidget;
 
 namespace vostel {
@@ -28,6 +31,7 @@ class TransferPanels : public QObject {
     void present(const QString& error, const QString& detail);
 
   private:
+    QFileDialog* filePanel(const QString& title);
     // Shows a dialog that deletes itself when it closes.
     void open(QDialog* dialog);
     // Brings the panel forward that is shown; false when there is none.
@@ -40,6 +44,7 @@ class TransferPanels : public QObject {
     Background& background;
     SettingsExchange& exchange;
     const std::function<QWidget*()> window;
+    std::unique_ptr<QAbstractFileIconProvider> icons;  // from the first panel on
     QPointer<QDialog> shown;
 };
 
