@@ -7,6 +7,7 @@
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QFile>
+#include <QFileInfo>
 
 #include "app/ModuleTable.h"
 #include "app/tests/Program.h"
@@ -115,6 +116,11 @@ std::string errors(Program& program) {
     return lines.join(u'\n').toStdString();
 }
 
+QByteArray contents(const QString& path) {
+    QFile file(path);
+    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("<none>");
+}
+
 struct Desktop : testing::Test {
     Home home;
 
@@ -145,6 +151,7 @@ struct Desktop : testing::Test {
         const QImage plain = server->grab(page);
         QImage marked;
         QRect row;
+        tool({QStringLiteral("key"), QStringLiteral("ctrl+f")});
         tool({QStringLiteral("type"), words});
         until([&] {
             const QImage now = server->grab(page);
@@ -313,22 +320,33 @@ TEST_F(Desktop, ChangeJustBeforeTheXServerDiesIsKept) {
     EXPECT_EQ(home.leftovers(), QStringList());
 }
 
-TEST_F(Desktop, ImportThroughTheSettingsWindowStartsTheProgramAgain) {
+TEST_F(Desktop, ExportAndImportThroughTheSettingsWindow) {
     home.seed(moduleIds());
     const Home other;
     other.seed({moduleIds().front()});
-    QFile file(other.settingsFile());
-    ASSERT_TRUE(file.open(QFile::ReadOnly));
-    const QByteArray imported = file.readAll();
+    const QByteArray imported = contents(other.settingsFile());
     auto program = start();
     ASSERT_TRUE(until(hasBar));
     const qint64 id = program->id();
     const int before = itemsWidth();
     const QRect window = opened([this] { start()->wait(); });
     ASSERT_FALSE(window.isNull());
-    const QRect row = foundRow(window, QStringLiteral("from a file"));
-    ASSERT_FALSE(row.isNull());
-    const QPoint button(row.right() - 60, row.center().y());
+    const auto buttonOf = [&](const QString& title) {
+        const QRect row = foundRow(window, title);
+        EXPECT_FALSE(row.isNull()) << title.toStdString();
+        tool({QStringLiteral("key"), QStringLiteral("Escape")});  // ends the search
+        return QPoint(row.right() - 60, row.center().y());
+    };
+    // The suggested name, in the user's home.
+    const QString exported =
+        QFileInfo(home.runtimeFolder()).path() + QStringLiteral("/vostel-settings.plist");
+    const QPoint exporting = buttonOf(QStringLiteral("export"));
+    ASSERT_FALSE(opened([&] { click(exporting); }).isNull());
+    tool({QStringLiteral("key"), QStringLiteral("Return")});
+    ASSERT_TRUE(until([&] { return QFile::exists(exported) && windows().size() == 1; }));
+    EXPECT_EQ(contents(exported), contents(home.settingsFile()));
+
+    const QPoint button = buttonOf(QStringLiteral("import"));
     // Leaves the settings window and what the choice leads to.
     const auto choose = [&](const QString& path) {
         const QRect panel = opened([&] { click(button); });
@@ -358,9 +376,7 @@ TEST_F(Desktop, ImportThroughTheSettingsWindowStartsTheProgramAgain) {
     EXPECT_NE(running.front(), id);
     ::kill(static_cast<pid_t>(running.front()), SIGTERM);
     EXPECT_TRUE(until([this] { return home.leftovers().isEmpty(); }));
-    QFile stored(home.settingsFile());
-    ASSERT_TRUE(stored.open(QFile::ReadOnly));
-    EXPECT_EQ(stored.readAll(), imported);
+    EXPECT_EQ(contents(home.settingsFile()), imported);
 }
 
 TEST_F(Desktop, ExportHoldsAChangeOfThisMoment) {
