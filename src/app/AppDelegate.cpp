@@ -25,10 +25,15 @@ AppDelegate::AppDelegate(AppServices& appServices, StatusBar& statusBar)
               statusBar,
               nullptr,
               [this](const QString& panel) { showSettings(panel); },
-              [] { QCoreApplication::quit(); }},
+              [] { QCoreApplication::quit(); },
+              [this] { transferPanels.exportSettings(); },
+              [this] { transferPanels.importSettings(); }},
       moduleManager(
           std::make_unique<ModuleManager>(services.defaults, makeRegistry(services, context))),
       settingsWindow(services, context),
+      exchange(services.defaults, services.background),
+      transferPanels(services.defaults, services.background, exchange,
+                     [this] { return settingsWindow.widget(); }),
       dockIcon(services.app, settingsWindow, [this] { showSettings(); }) {
     context.modules = moduleManager.get();
     moduleManager->onEnabledChanged = [this](const QString&) {

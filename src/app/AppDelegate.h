@@ -8,6 +8,8 @@
 #include "app/AppServices.h"
 #include "app/BatteryWatch.h"
 #include "app/DockIcon.h"
+#include "app/SettingsExchange.h"
+#include "app/TransferPanels.h"
 #include "app/settings/SettingsWindowController.h"
 #include "core/AppContext.h"
 #include "core/ModuleManager.h"
@@ -34,6 +36,8 @@ class AppDelegate : public QObject {
     AppContext context;
     std::unique_ptr<ModuleManager> moduleManager;
     SettingsWindowController settingsWindow;
+    SettingsExchange exchange;
+    TransferPanels transferPanels;
     DockIcon dockIcon;
 
   private:

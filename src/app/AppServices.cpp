@@ -19,6 +19,8 @@ const QString orderKey = QStringLiteral("app.itemOrder");
 const QString launchedKey = QStringLiteral("app.hasLaunched");
 
 bool seedFirstRun(DefaultsStore& store) {
+    store.know(launchedKey,
+               [](const PropertyList& list, const QString& key) { return list.holdsTruth(key); });
     if (store.values().truth(launchedKey)) {
         return false;
     }
@@ -48,7 +50,11 @@ AppServices::AppServices(Platform platformSources, const QString& settingsPath,
                                                  *platform.clock, Notifier::post)) {}
 
 ItemOrder::ItemOrder(DefaultsStore& store, QStringList defaultOrder)
-    : defaults(store), fallback(std::move(defaultOrder)) {}
+    : defaults(store), fallback(std::move(defaultOrder)) {
+    defaults.know(orderKey, [](const PropertyList& list, const QString& key) {
+        return list.textList(key).has_value();
+    });
+}
 
 // Items that the stored order does not know (a module of a later version) stand at the end.
 QStringList ItemOrder::itemOrder() const {

@@ -28,6 +28,8 @@ Options:
 Commands:
   snapshot       write the bar, the items and their popovers as PNG files
   status         print every item's current values
+  export         write all settings to a file
+  import         replace all settings by those of a file
 Each command has a --help of its own.)";
 
 constexpr const char* snapshotHelp = R"(Usage: vostel snapshot --out=DIR [options]
@@ -47,6 +49,22 @@ Prints every enabled item's current values once.
 
 Options:
   --json   as one JSON object
+  --help   print this text)";
+
+constexpr const char* exportHelp = R"(Usage: vostel export FILE
+
+Writes all settings to a file, as an XML property list. Sign-in credentials aren't included.
+
+  FILE     the file to write; "-" for the standard output
+  --help   print this text)";
+
+constexpr const char* importHelp = R"(Usage: vostel import FILE [--yes]
+
+Replaces all settings by those of an exported file. When Vostel is running, it starts again with
+them. Sign-in credentials aren't included.
+
+  FILE     the file to read; "-" for the standard input, which needs --yes
+  --yes    do not ask first
   --help   print this text)";
 
 CommandLine failed(CommandLine result, const QString& message) {
@@ -79,6 +97,11 @@ void addOptions(QCommandLineParser& parser, CommandLine::Command command) {
             break;
         case CommandLine::Command::Status:
             add("json", false);
+            break;
+        case CommandLine::Command::Export:
+            break;
+        case CommandLine::Command::Import:
+            add("yes", false);
             break;
     }
 }
@@ -114,6 +137,21 @@ CommandLine readSnapshot(CommandLine result, const QCommandLineParser& parser,
     } else if (parser.isSet(QStringLiteral("appearance"))) {
         return failed(
             result, QStringLiteral("unknown appearance: %1 (known: dark, light)").arg(appearance));
+    }
+    return result;
+}
+
+CommandLine readTransfer(CommandLine result, const QCommandLineParser& parser,
+                         const QStringList& files) {
+    const bool imports = result.command == CommandLine::Command::Import;
+    if (files.isEmpty() || files.front().isEmpty()) {
+        return failed(result, imports ? QStringLiteral("import needs a FILE")
+                                      : QStringLiteral("export needs a FILE"));
+    }
+    result.file = files.front();
+    result.yes = imports && parser.isSet(QStringLiteral("yes"));
+    if (imports && !result.yes && result.file == QStringLiteral("-")) {
+        return failed(result, QStringLiteral("import from the standard input needs --yes"));
     }
     return result;
 }
@@ -175,6 +213,12 @@ CommandLine CommandLine::parse(const QStringList& arguments, const QStringList& 
         } else if (command == QStringLiteral("status")) {
             result.command = Command::Status;
             help = statusHelp;
+        } else if (command == QStringLiteral("export")) {
+            result.command = Command::Export;
+            help = exportHelp;
+        } else if (command == QStringLiteral("import")) {
+            result.command = Command::Import;
+            help = importHelp;
         } else {
             return failed(result,
                           QStringLiteral("unknown command: %1 (see vostel --help)").arg(command));
@@ -185,10 +229,10 @@ CommandLine CommandLine::parse(const QStringList& arguments, const QStringList& 
     if (!parser.parse(rest)) {
         return failed(result, parser.errorText());
     }
-    if (!parser.positionalArguments().isEmpty()) {
-        return failed(
-            result,
-            QStringLiteral("unexpected argument: %1").arg(parser.positionalArguments().front()));
+    const QStringList files = parser.positionalArguments();
+    const bool takesFile = result.command == Command::Export || result.command == Command::Import;
+    if (files.size() > (takesFile ? 1 : 0)) {
+        return failed(result, QStringLiteral("unexpected argument: %1").arg(files.back()));
     }
     if (parser.isSet(QStringLiteral("help"))) {
         result.message = QLatin1String(help);
@@ -200,6 +244,9 @@ CommandLine CommandLine::parse(const QStringList& arguments, const QStringList& 
         case Command::Status:
             result.json = parser.isSet(QStringLiteral("json"));
             return result;
+        case Command::Export:
+        case Command::Import:
+            return readTransfer(result, parser, files);
         case Command::Run:
             break;
     }

@@ -17,7 +17,7 @@ QString textOf(BarKind kind);
 
 // What the user asked for on the command line.
 struct CommandLine {
-    enum class Command { Run, Snapshot, Status };
+    enum class Command { Run, Snapshot, Status, Export, Import };
 
     Command command = Command::Run;
     std::optional<BarKind> bar;  // --bar
@@ -27,6 +27,8 @@ struct CommandLine {
     double scale = 1;            // snapshot --scale, 0.5 ... 4
     std::optional<Appearance> appearance;  // snapshot --appearance; none: both
     bool json = false;                     // status --json
+    QString file;                          // export, import; "-": standard output or input
+    bool yes = false;                      // import --yes
 
     QString message;     // to be printed instead of running: help, version, an error
     int exitStatus = 0;  // with a message: 0, or 2 for an error

@@ -1,5 +1,6 @@
 #include "app/RunCommand.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -8,6 +9,7 @@
 #include "app/AppDelegate.h"
 #include "app/BarSwitch.h"
 #include "app/ModuleTable.h"
+#include "app/Relaunch.h"
 #include "app/SignalWatcher.h"
 #include "app/SingleInstance.h"
 #include "core/Log.h"
@@ -57,6 +59,9 @@ Display reachedDisplay(Display found) {
 }  // namespace
 
 int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
+    // Who read the output of the process before this one may have gone with it.
+    std::signal(SIGPIPE, SIG_IGN);
+    Handover handover;
     const Display found = prepareDisplay(commandLine.bar);
     QApplication::setDesktopFileName(QStringLiteral("com.vostel.app"));
     QApplication application(argc, argv);
@@ -64,8 +69,12 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("vostel"));
     QApplication::setQuitOnLastWindowClosed(false);
 
+    if (!handover.complete()) {
+        return 0;
+    }
+    Relaunch relaunch(programsToStart());
     SingleInstance instance(runtimeFolder());
-    if (!instance.acquire()) {
+    if (!instance.acquire(handover.takeLock())) {
         const bool asked = SingleInstance::askToShowSettings();
         std::printf("Vostel is already running%s\n", asked ? "; its settings window opens" : "");
         return 0;
@@ -87,10 +96,25 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
                          [&services] { services.defaults.flush(); });
         QObject::connect(&instance, &SingleInstance::showSettingsRequested, &delegate,
                          [&delegate] { delegate.showSettings(); });
+        delegate.exchange.relaunch = [&](const Relaunch::Done& done) {
+            relaunch.start(instance.lock(), [&instance, done](const auto& error) {
+                done(error);
+                if (!error) {
+                    instance.fallSilent();
+                    QCoreApplication::exit();  // no open window may object
+                }
+            });
+        };
+        instance.settings = [&services] { return services.defaults.values().toXml(); };
+        instance.import = [&delegate](const QByteArray& bytes, SettingsExchange::Done done) {
+            delegate.exchange.import(bytes, std::move(done));
+        };
         delegate.didFinishLaunching();
         instance.listen();
         status = QApplication::exec();
         delegate.willTerminate();
+        instance.settings = nullptr;
+        instance.import = nullptr;
     }
     storeToFlush = nullptr;
     return status;

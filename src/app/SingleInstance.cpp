@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -21,6 +22,25 @@ const QString service = QStringLiteral("com.vostel.app");
 const QString object = QStringLiteral("/com/vostel/app");
 const QString interface = QStringLiteral("com.vostel.App");
 constexpr int answerMilliseconds = 2000;
+constexpr int relaunchMilliseconds = 60000;
+
+QDBusMessage ask(const QString& method, const QVariantList& arguments, int limit) {
+    QDBusMessage call = QDBusMessage::createMethodCall(service, object, interface, method);
+    call.setArguments(arguments);
+    return QDBusConnection::sessionBus().call(call, QDBus::Block, limit);
+}
+
+bool isAnswer(const QDBusMessage& message) {
+    return message.type() == QDBusMessage::ReplyMessage && !message.arguments().isEmpty();
+}
+
+// Whether the descriptor is of the file at the path.
+bool isOf(int descriptor, const QByteArray& path) {
+    struct stat open {};
+    struct stat there {};
+    return fstat(descriptor, &open) == 0 && stat(path.constData(), &there) == 0 &&
+           open.st_dev == there.st_dev && open.st_ino == there.st_ino;
+}
 
 }  // namespace
 
@@ -31,7 +51,15 @@ SingleInstance::~SingleInstance() {
     release();
 }
 
-bool SingleInstance::acquire() {
+bool SingleInstance::acquire(int inherited) {
+    if (inherited >= 0) {
+        descriptor = inherited;
+        if (isOf(descriptor, QFile::encodeName(path)) &&
+            flock(descriptor, LOCK_EX | LOCK_NB) == 0) {
+            return true;
+        }
+        release();
+    }
     descriptor = open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (descriptor < 0) {
         logLine(QStringLiteral("cannot make the lock %1: %2; a second start will not be noticed")
@@ -64,12 +92,36 @@ void SingleInstance::listen() {
     }
 }
 
+void SingleInstance::fallSilent() {
+    QDBusConnection::sessionBus().unregisterService(service);
+}
+
+QString SingleInstance::ImportSettings(const QByteArray& bytes) {
+    if (!import) {
+        return QStringLiteral("Vostel is ending.");
+    }
+    setDelayedReply(true);
+    import(bytes, [bus = connection(), call = message()](const QString& error) {
+        bus.send(call.createReply(error));
+});
+return {};
+}  // namespace vostel
+
 bool SingleInstance::askToShowSettings() {
-    const QDBusMessage call =
-        QDBusMessage::createMethodCall(service, object, interface, QStringLiteral("ShowSettings"));
+    return ask(QStringLiteral("ShowSettings"), {}, answerMilliseconds).type() ==
+           QDBusMessage::ReplyMessage;
+}
+
+std::optional<QByteArray> SingleInstance::askForSettings() {
+    const QDBusMessage answer = ask(QStringLiteral("ExportSettings"), {}, answerMilliseconds);
+    return isAnswer(answer) ? std::optional(answer.arguments().front().toByteArray())
+                            : std::nullopt;
+}
+
+std::optional<QString> SingleInstance::askToImport(const QByteArray& bytes) {
     const QDBusMessage answer =
-        QDBusConnection::sessionBus().call(call, QDBus::Block, answerMilliseconds);
-    return answer.type() == QDBusMessage::ReplyMessage;
+        ask(QStringLiteral("ImportSettings"), {bytes}, relaunchMilliseconds);
+    return isAnswer(answer) ? std::optional(answer.arguments().front().toString()) : std::nullopt;
 }
 
 }  // namespace vostel

@@ -8,6 +8,7 @@
 #include "app/RunCommand.h"
 #include "app/SnapshotCommand.h"
 #include "app/StatusCommand.h"
+#include "app/TransferCommand.h"
 #include "core/Log.h"
 
 namespace {
@@ -46,6 +47,10 @@ int main(int argc, char** argv) {
             return runSnapshot(commandLine, argc, argv);
         case CommandLine::Command::Status:
             return runStatus(commandLine, argc, argv);
+        case CommandLine::Command::Export:
+            return runExport(commandLine, argc, argv);
+        case CommandLine::Command::Import:
+            return runImport(commandLine, argc, argv);
         case CommandLine::Command::Run:
             break;
     }

@@ -27,6 +27,8 @@ struct AppContext {
     ModuleManager* modules = nullptr;  // null where there is no delegate: no Modules menu then
     std::function<void(const QString& panel)> openSettings;
     std::function<void()> quit;
+    std::function<void()> exportSettings = {};  // panels that ask for the file
+    std::function<void()> importSettings = {};
 };
 
 }  // namespace vostel

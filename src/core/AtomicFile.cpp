@@ -48,8 +48,9 @@ std::optional<QString> writeFileAtomically(const QString& path, const QByteArray
     if (descriptor < 0) {
         return failure("cannot create a file beside", target);
     }
-    const bool written =
-        fchmod(descriptor, mode) == 0 && writeAll(descriptor, bytes) && fsync(descriptor) == 0;
+    // Some file systems know no permissions; elsewhere the file stays as strict as it was made.
+    [[maybe_unused]] const int changed = fchmod(descriptor, mode);
+    const bool written = writeAll(descriptor, bytes) && fsync(descriptor) == 0;
     const int writeError = errno;
     const bool closed = close(descriptor) == 0;
     if (!written || !closed) {

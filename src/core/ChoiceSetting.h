@@ -13,7 +13,9 @@ template <typename Choice>
 class ChoiceSetting {
   public:
     ChoiceSetting(SettingsGroup& settingsGroup, const QString& name, Choice initial)
-        : group(settingsGroup), key(settingsGroup.key(name)), value(initial) {}
+        : group(settingsGroup), key(settingsGroup.key(name)), value(initial) {
+        detail::readField<QString>(group.defaults, key);
+    }
     ChoiceSetting(const ChoiceSetting&) = delete;
 
     ChoiceSetting& operator=(Choice choice) {

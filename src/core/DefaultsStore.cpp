@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <utility>
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -93,18 +95,43 @@ void DefaultsStore::setAside(const QString& reason) {
 }
 
 void DefaultsStore::remove(const QString& key) {
-    list.remove(key);
-    changed();
-}
-
-void DefaultsStore::replaceAll(PropertyList replacement) {
-    list = std::move(replacement);
-    changed();
+    if (!isExchanged()) {
+        list.remove(key);
+        changed();
+    }
 }
 
 void DefaultsStore::copyFrom(const PropertyList& other, const QString& key) {
-    list.copyFrom(other, key);
-    changed();
+    if (!isExchanged()) {
+        list.copyFrom(other, key);
+        changed();
+    }
+}
+
+std::optional<QString> DefaultsStore::exchange(PropertyList replacement) {
+    if (!writable || isExchanged()) {
+        return isExchanged() ? QStringLiteral("The settings are being replaced already.")
+                             : QStringLiteral("The settings file %1 cannot be written.").arg(path);
+    }
+    PropertyList replaced = std::exchange(list, std::move(replacement));
+    ++generation;
+    const auto error = writeNow();
+    if (error) {
+        list = std::move(replaced);
+        --generation;
+        return error;
+    }
+    timer.stop();
+    before = std::move(replaced);
+    return std::nullopt;
+}
+
+void DefaultsStore::undoExchange() {
+    if (isExchanged()) {
+        list = *std::exchange(before, std::nullopt);
+        changed();
+        flush();
+    }
 }
 
 void DefaultsStore::changed() {
@@ -134,10 +161,16 @@ bool DefaultsStore::flush() {
     if (!writable) {
         return !dirty;
     }
+    const auto error = writeNow();
+    report(error);
+    return !error;
+}
+
+std::optional<QString> DefaultsStore::writeNow() {
     // Taking the mutex also waits for a write that is under way.
     const std::lock_guard lock(writer->mutex);
     if (writer->written == generation) {
-        return true;
+        return std::nullopt;
     }
     QDir().mkpath(QFileInfo(path).absolutePath());
     const auto error = writeFileAtomically(path, list.toXml());
@@ -145,8 +178,7 @@ bool DefaultsStore::flush() {
         writer->written = generation;
         dirty = false;
     }
-    report(error);
-    return !error;
+    return error;
 }
 
 std::optional<QString> DefaultsStore::Writer::write(const QString& path, const QByteArray& bytes,

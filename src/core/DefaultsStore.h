@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -42,17 +43,31 @@ class DefaultsStore : public QObject {
     // Stores a value (bool, double, QString, QStringList).
     template <typename T>
     void set(const QString& key, const T& value) {
-        list.set(key, value);
-        changed();
+        if (!isExchanged()) {
+            list.set(key, value);
+            changed();
+        }
     }
     void remove(const QString& key);
-    // Replaces everything at once.
-    void replaceAll(PropertyList replacement);
     // Copies a value from another property list, whatever its type.
     void copyFrom(const PropertyList& other, const QString& key);
 
     // Writes what is not written yet. False when the file could not be written.
     bool flush();
+
+    // Whether a property list holds a value under the key that its reader takes.
+    using Holds = bool (*)(const PropertyList& list, const QString& key);
+    // Every reader of a key says so, whether or not the store holds it.
+    void know(const QString& key, Holds holds) { readers[key] = holds; }
+    const std::map<QString, Holds>& known() const { return readers; }
+
+    // Replaces everything at once, in the file too, for the program to start again with: from then
+    // on changes are dropped, because whoever read the old values would write them over the new
+    // ones. Returns the error, and nothing has changed then.
+    std::optional<QString> exchange(PropertyList replacement);
+    bool isExchanged() const { return before.has_value(); }
+    // Takes the exchange back.
+    void undoExchange();
 
   private:
     // What the writing thread shares with this object; outlives it while a write is under way.
@@ -67,6 +82,7 @@ class DefaultsStore : public QObject {
     void setAside(const QString& reason);
     void changed();
     void writeSoon();
+    std::optional<QString> writeNow();
     void report(const std::optional<QString>& error);
 
     QString path;
@@ -78,6 +94,8 @@ class DefaultsStore : public QObject {
     bool dirty = false;
     bool writable = true;
     bool reported = false;
+    std::map<QString, Holds> readers;
+    std::optional<PropertyList> before;  // what an exchange replaced
 };
 
 }  // namespace vostel

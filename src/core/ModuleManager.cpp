@@ -13,7 +13,13 @@ QString enabledKey(const QString& id) {
 }  // namespace
 
 ModuleManager::ModuleManager(DefaultsStore& store, std::vector<Registration> rows)
-    : defaults(store), registry(std::move(rows)) {}
+    : defaults(store), registry(std::move(rows)) {
+    for (const Registration& row : registry) {
+        defaults.know(enabledKey(row.id), [](const PropertyList& list, const QString& key) {
+            return list.holdsTruth(key);
+        });
+    }
+}
 
 ModuleManager::~ModuleManager() {
     stopAll();

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "core/PropertyListBounds.h"
+
 namespace vostel {
 
 namespace {
@@ -34,7 +36,7 @@ std::optional<PropertyList> PropertyList::parse(const QByteArray& bytes, bool* n
     if (notDictionary != nullptr) {
         *notDictionary = false;
     }
-    if (bytes.isEmpty()) {
+    if (bytes.isEmpty() || !isPropertyListBounded(bytes)) {
         return std::nullopt;
     }
     plist_t node = nullptr;
@@ -152,6 +154,10 @@ std::optional<QStringList> PropertyList::textList(const QString& key) const {
         result << stringOf(entry);
     }
     return result;
+}
+
+bool PropertyList::holdsTruth(const QString& key) const {
+    return boolean(key) || number(key) || text(key);
 }
 
 bool PropertyList::truth(const QString& key) const {

@@ -28,8 +28,9 @@ class PropertyList {
     PropertyList(PropertyList&&) = default;
     PropertyList& operator=(PropertyList other);
 
-    // Reads the XML or the binary form. Nothing when the bytes do not parse; `notDictionary` is set
-    // when they parse, but their root is not a dictionary.
+    // Reads the XML or the binary form. Nothing when the bytes do not parse or stand for more than
+    // can be read safely (see PropertyListBounds); `notDictionary` is set when they parse, but
+    // their root is not a dictionary.
     static std::optional<PropertyList> parse(const QByteArray& bytes,
                                              bool* notDictionary = nullptr);
 
@@ -49,6 +50,8 @@ class PropertyList {
     // The truth of whatever is stored: a boolean, a number other than 0, a text that begins with
     // Y, y, T, t or a digit from 1 to 9. Anything else is false.
     bool truth(const QString& key) const;
+    // Whether a boolean, a number or a text is stored, which have a truth of their own.
+    bool holdsTruth(const QString& key) const;
 
     void set(const QString& key, bool value);
     void set(const QString& key, double value);

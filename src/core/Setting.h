@@ -49,6 +49,15 @@ std::optional<T> readValue(const PropertyList& list, const QString& key) {
     }
 }
 
+// Reads the key for a field and tells the store what the field takes there.
+template <typename T>
+std::optional<T> readField(DefaultsStore& store, const QString& key) {
+    store.know(key, [](const PropertyList& list, const QString& each) {
+        return readValue<T>(list, each).has_value();
+    });
+    return readValue<T>(store.values(), key);
+}
+
 }  // namespace detail
 
 // A field of a settings object: bool, double, QString or QStringList. It reads its key once, at
@@ -59,8 +68,7 @@ class Setting {
   public:
     Setting(SettingsGroup& settingsGroup, const QString& name, T defaultValue)
         : group(settingsGroup), key(settingsGroup.key(name)) {
-        value =
-            detail::readValue<T>(group.defaults.values(), key).value_or(std::move(defaultValue));
+        value = detail::readField<T>(group.defaults, key).value_or(std::move(defaultValue));
     }
     Setting(const Setting&) = delete;
 
@@ -86,7 +94,7 @@ class OptionalSetting {
   public:
     OptionalSetting(SettingsGroup& settingsGroup, const QString& name)
         : group(settingsGroup), key(settingsGroup.key(name)) {
-        value = detail::readValue<T>(group.defaults.values(), key);
+        value = detail::readField<T>(group.defaults, key);
     }
     OptionalSetting(const OptionalSetting&) = delete;
 

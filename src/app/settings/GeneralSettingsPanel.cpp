@@ -63,6 +63,7 @@ GeneralSettingsPanel::GeneralSettingsPanel(AppServices& services, AppContext& co
     addStartupSection(services.app);
     addBarSection(services.app, context);
     addUpdatesSection(*services.updates);
+    addSettingsFileSection(context);
     addAboutSection(context);
     follow(services.notifications,
            {AppSettings::changeNotification, UpdateController::changeNotification});
@@ -121,6 +122,17 @@ void GeneralSettingsPanel::addUpdatesSection(UpdateController& updates) {
     if (const QString hint = installLocationHint(); !hint.isEmpty()) {
         addWidget(new InstallLocationRow(hint, programFile()));
     }
+}
+
+void GeneralSettingsPanel::addSettingsFileSection(AppContext& context) {
+    addSection(QStringLiteral("Settings File"));
+    addRow(new ButtonRow(QStringLiteral("To a File"), QStringLiteral("Export Settings…"),
+                         context.exportSettings));
+    addRow(new ButtonRow(QStringLiteral("From a File"), QStringLiteral("Import Settings…"),
+                         context.importSettings));
+    addNote(
+        QStringLiteral("Export saves all Vostel preferences to a file. Import replaces them and "
+                       "relaunches the app. Sign-in credentials aren’t included."));
 }
 
 void GeneralSettingsPanel::addAboutSection(AppContext& context) {

@@ -17,6 +17,7 @@ class GeneralSettingsPanel : public SettingsPanel {
     void addBarSection(AppSettings& settings, AppContext& context);
     void addStartupSection(AppSettings& settings);
     void addUpdatesSection(UpdateController& updates);
+    void addSettingsFileSection(AppContext& context);
     void addAboutSection(AppContext& context);
 };
 

@@ -22,6 +22,7 @@ class SettingsWindowController : public QObject {
     // Opens the window, or brings it to the front, at a page; an empty id leaves the page as it is.
     void show(const QString& select = {});
     bool isOpen() const { return window != nullptr; }
+    QWidget* widget() const { return window.get(); }  // null while it is closed
 
     // A window of its own that nobody shows, for snapshots.
     std::unique_ptr<SettingsWindow> makeWindow();

@@ -41,6 +41,15 @@ TEST(CommandLineTest, MistakesEndInOneLineAndStatusTwo) {
              "status cpu",
              "status --json=1",
              "--json",
+             "export",
+             "export a b",
+             "export --yes a",
+             "export --json a",
+             "import",
+             "import --yes",
+             "import a b --yes",
+             "import -",
+             "import --yes=1 a",
          }) {
         const CommandLine result = parse(QLatin1String(text));
         EXPECT_EQ(result.exitStatus, 2) << text;
@@ -60,7 +69,11 @@ TEST(CommandLineTest, WhatIsAskedForIsUnderstood) {
     EXPECT_EQ(snapshot.module, QStringLiteral("cpu"));
     EXPECT_EQ(snapshot.appearance, Appearance::Light);
     EXPECT_TRUE(parse(QStringLiteral("status --json")).json);
-    for (const char* text : {"--help", "snapshot --help", "status --help", "--version"}) {
+    EXPECT_EQ(parse(QStringLiteral("export -")).file, QStringLiteral("-"));
+    EXPECT_FALSE(parse(QStringLiteral("import a.plist")).yes);
+    EXPECT_TRUE(parse(QStringLiteral("import --yes -")).yes);
+    for (const char* text : {"--help", "snapshot --help", "status --help", "export --help",
+                             "import --help", "--version"}) {
         const CommandLine help = parse(QLatin1String(text));
         EXPECT_EQ(help.exitStatus, 0) << text;
         EXPECT_FALSE(help.message.isEmpty()) << text;

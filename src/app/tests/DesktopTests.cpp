@@ -7,10 +7,13 @@
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
 
 #include "app/ModuleTable.h"
 #include "app/tests/Program.h"
 #include "core/DefaultsStore.h"
+#include "core/PropertyList.h"
 #include "statusbar/tests/PrivateBus.h"
 #include "statusbar/tests/XServer.h"
 
@@ -134,6 +137,11 @@ std::string errors(Program& program) {
     return lines.join(u'\n').toStdString();
 }
 
+QByteArray contents(const QString& path) {
+    QFile file(path);
+    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("<none>");
+}
+
 struct Desktop : testing::Test {
     Home home;
 
@@ -155,6 +163,36 @@ struct Desktop : testing::Test {
         click(QPoint(
             modules.center().x(),
             modules.top() + modules.height() * (2 * static_cast<int>(row) + 1) / (2 * rows)));
+    }
+    // The row of the settings window's page that a search for these words finds: it is marked until
+    // there is one letter too many.
+    static QRect foundRow(const QRect& window, const QString& words) {
+        constexpr int sidebar = 240;
+        const QRect page = window.adjusted(sidebar, 0, 0, 0);
+        const QImage plain = server->grab(page);
+        QImage marked;
+        QRect row;
+        tool({QStringLiteral("key"), QStringLiteral("ctrl+f")});
+        tool({QStringLiteral("type"), words});
+        until([&] {
+            const QImage now = server->grab(page);
+            const bool settled = now != plain && now == marked;
+            marked = now;
+            return settled;
+        });
+        tool({QStringLiteral("type"), QStringLiteral("q")});
+        until([&] {
+            const QImage now = server->grab(page);
+            for (int y = 0; y < now.height(); ++y) {
+                for (int x = 0; x < now.width(); ++x) {
+                    if (now.pixel(x, y) != marked.pixel(x, y)) {
+                        row |= QRect(page.topLeft() + QPoint(x, y), QSize(1, 1));
+                    }
+                }
+            }
+            return !row.isNull();
+        });
+        return row;
     }
     void toggle(qsizetype row) {
         const QString key = QStringLiteral("module.%1.enabled").arg(moduleIds()[row]);
@@ -347,6 +385,83 @@ TEST_F(Desktop, ChangeJustBeforeTheXServerDiesIsKept) {
     EXPECT_TRUE(home.isOnDisk(QStringLiteral("app.hasLaunched")));
     EXPECT_FALSE(home.isOnDisk(QStringLiteral("module.%1.enabled").arg(moduleIds()[0])));
     EXPECT_EQ(home.leftovers(), QStringList());
+}
+
+TEST_F(Desktop, ExportAndImportThroughTheSettingsWindow) {
+    home.seed(moduleIds());
+    const Home other;
+    other.seed({moduleIds().front()});
+    const QByteArray imported = contents(other.settingsFile());
+    auto program = start();
+    ASSERT_TRUE(until(hasBar));
+    const qint64 id = program->id();
+    const int before = itemsWidth();
+    const QRect window = opened([this] { start()->wait(); });
+    ASSERT_FALSE(window.isNull());
+    const auto buttonOf = [&](const QString& title) {
+        const QRect row = foundRow(window, title);
+        EXPECT_FALSE(row.isNull()) << title.toStdString();
+        tool({QStringLiteral("key"), QStringLiteral("Escape")});  // ends the search
+        return QPoint(row.right() - 60, row.center().y());
+    };
+    // The suggested name, in the user's home.
+    const QString exported =
+        QFileInfo(home.runtimeFolder()).path() + QStringLiteral("/vostel-settings.plist");
+    const QPoint exporting = buttonOf(QStringLiteral("export"));
+    ASSERT_FALSE(opened([&] { click(exporting); }).isNull());
+    tool({QStringLiteral("key"), QStringLiteral("Return")});
+    ASSERT_TRUE(until([&] { return QFile::exists(exported) && windows().size() == 1; }));
+    EXPECT_EQ(contents(exported), contents(home.settingsFile()));
+
+    const QPoint button = buttonOf(QStringLiteral("import"));
+    // Leaves the settings window and what the choice leads to.
+    const auto choose = [&](const QString& path) {
+        const QRect panel = opened([&] { click(button); });
+        ASSERT_FALSE(panel.isNull());
+        tool({QStringLiteral("type"), path});
+        tool({QStringLiteral("key"), QStringLiteral("Return")});
+        EXPECT_TRUE(until([&] {
+            const auto now = windows();
+            return now.size() == 2 && std::none_of(now.begin(), now.end(), [&](const auto& each) {
+                       return each.second == panel;
+                   });
+        })) << path.toStdString();
+    };
+    // An alert, and then the question, of which each answers to the Return key.
+    ASSERT_NO_FATAL_FAILURE(choose(QStringLiteral("/dev/zero")));
+    tool({QStringLiteral("key"), QStringLiteral("Return")});
+    ASSERT_TRUE(until([] { return windows().size() == 1; }));
+    EXPECT_TRUE(home.isOnDisk(QStringLiteral("module.%1.enabled").arg(moduleIds().back())));
+    ASSERT_NO_FATAL_FAILURE(choose(other.settingsFile()));
+    tool({QStringLiteral("key"), QStringLiteral("Return")});
+    EXPECT_EQ(program->wait(), 0);
+    EXPECT_EQ(errors(*program), "");
+    EXPECT_TRUE(until([&] { return hasBar() && itemsWidth() < before; }));
+    EXPECT_TRUE(windows().empty());
+    const auto running = home.running();
+    ASSERT_EQ(running.size(), 1);
+    EXPECT_NE(running.front(), id);
+    ::kill(static_cast<pid_t>(running.front()), SIGTERM);
+    EXPECT_TRUE(until([this] { return home.leftovers().isEmpty(); }));
+    EXPECT_EQ(contents(home.settingsFile()), imported);
+}
+
+TEST_F(Desktop, ExportHoldsAChangeOfThisMoment) {
+    home.seed(moduleIds());
+    auto program = start();
+    ASSERT_TRUE(until(hasBar));
+    const int width = itemsWidth();
+    ASSERT_NO_FATAL_FAILURE(clickModuleRow(0));
+    ASSERT_TRUE(until([&] { return itemsWidth() != width; }));
+    Program command(home, {QStringLiteral("export"), QStringLiteral("-")});
+    EXPECT_EQ(command.wait(), 0);
+    const auto exported = PropertyList::parse(command.output().toUtf8());
+    ASSERT_TRUE(exported);
+    for (const QString& id : moduleIds()) {
+        EXPECT_EQ(exported->boolean(QStringLiteral("module.%1.enabled").arg(id)),
+                  id != moduleIds().front());
+    }
+    expectCleanEnd(*program);
 }
 
 TEST_F(Desktop, TrayItemsComeBackWithTheirHostAndFollowTheAppearance) {

@@ -39,8 +39,7 @@ bool Home::isOnDisk(const QString& key) const {
         .truth(key);
 }
 
-QStringList Home::leftovers() const {
-    QStringList found;
+void Home::forEach(const std::function<void(qint64, const QString&)>& found) const {
     const QStringList processes =
         QDir(QStringLiteral("/proc")).entryList({QStringLiteral("[0-9]*")});
     for (const QString& id : processes) {
@@ -48,14 +47,30 @@ QStringList Home::leftovers() const {
         QFile name(QStringLiteral("/proc/%1/comm").arg(id));
         if (environment.open(QIODevice::ReadOnly) && name.open(QIODevice::ReadOnly) &&
             environment.readAll().split('\0').contains(tag().toLocal8Bit())) {
-            found << QString::fromLocal8Bit(name.readAll().trimmed());
+            found(id.toLongLong(), QString::fromLocal8Bit(name.readAll().trimmed()));
         }
     }
+}
+
+QStringList Home::leftovers() const {
+    QStringList found;
+    forEach([&](qint64, const QString& command) { found << command; });
+    return found;
+}
+
+QList<qint64> Home::running() const {
+    QList<qint64> found;
+    forEach([&](qint64 id, const QString&) {
+        const QString file = QFile::symLinkTarget(QStringLiteral("/proc/%1/exe").arg(id));
+        if (QFileInfo(file).fileName().startsWith(QStringLiteral("vostel"))) {
+            found << id;
+        }
+    });
     return found;
 }
 
 Program::Program(const Home& home, const QStringList& arguments,
-                 const std::map<QString, QString>& environment) {
+                 const std::map<QString, QString>& environment, const QString& executable) {
     QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
     variables.remove(QStringLiteral("QT_QPA_PLATFORM"));  // the program chooses
     variables.insert(QStringLiteral("HOME"), QFileInfo(home.runtimeFolder()).path());
@@ -71,7 +86,7 @@ Program::Program(const Home& home, const QStringList& arguments,
     }
     process.setProcessEnvironment(variables);
     process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
-    process.start(QStringLiteral(VOSTEL), arguments);
+    process.start(executable.isEmpty() ? QStringLiteral(VOSTEL) : executable, arguments);
     process.waitForStarted(limit);
 }
 
@@ -91,6 +106,11 @@ int Program::wait() {
     }
     return process.exitStatus() == QProcess::NormalExit ? process.exitCode()
                                                         : 128 + process.exitCode();
+}
+
+void Program::say(const QByteArray& bytes) {
+    process.write(bytes);
+    process.closeWriteChannel();
 }
 
 QString Program::output() {

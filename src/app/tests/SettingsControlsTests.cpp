@@ -171,6 +171,7 @@ std::vector<Page> pages() {
 
 // What a step cannot try: it leads out of the store, and has tests of its own.
 const QStringList elsewhere{QStringLiteral("Launch at Login"), QStringLiteral("Quit Vostel"),
+                            QStringLiteral("Export Settings…"), QStringLiteral("Import Settings…"),
                             QStringLiteral("Revert to Global Settings")};
 
 class SettingsControlsTest : public testing::Test {

@@ -32,8 +32,9 @@ NetworkSettings::NetworkSettings(DefaultsStore& store, NotificationCenter& cente
                     stored(group, QStringLiteral("interfaceMode"),
                            [&](std::optional<std::string_view> text) {
                                return interfaceModeFrom(
-                                   text, group.defaults.values().boolean(
-                                             group.key(QStringLiteral("includeAll"))));
+                                   text,
+                                   detail::readField<bool>(
+                                       group.defaults, group.key(QStringLiteral("includeAll"))));
                            })),
       selectedInterfaces(group, QStringLiteral("selectedInterfaces"), {}),
       showNumbers(group, QStringLiteral("showNumbers"), true),

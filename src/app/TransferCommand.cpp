@@ -1,0 +1,161 @@
+#include "app/TransferCommand.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+#include <QApplication>
+#include <QFileInfo>
+
+#include "app/AppDelegate.h"
+#include "app/ModuleTable.h"
+#include "app/SingleInstance.h"
+#include "core/SettingsTransfer.h"
+#include "statusbar/OffscreenBar.h"
+#include "statusbar/SessionBus.h"
+
+namespace vostel {
+
+namespace {
+
+constexpr int failure = 1;
+constexpr int usage = 2;
+
+int failed(const QString& why, int status = failure) {
+    std::fprintf(stderr, "vostel: %s\n", why.simplified().toLocal8Bit().constData());
+    return status;
+}
+
+// The toolkit is needed for the settings objects and the bus, and must not look for a display or
+// start a bus.
+void prepareProcess() {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (sessionBusAddress().isEmpty()) {
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    }
+}
+
+bool isStandard(const QString& file) {
+    return file == QStringLiteral("-");
+}
+
+// What stands on disk, as it would be exported.
+SettingsTransfer::Loaded<QByteArray> storedSettings() {
+    if (!QFileInfo::exists(settingsFilePath())) {
+        return {std::nullopt, QStringLiteral("there are no settings yet")};
+    }
+    const auto bytes = SettingsTransfer::readFile(settingsFilePath());
+    if (!bytes.value) {
+        return bytes;
+    }
+    const auto settings = SettingsTransfer::parse(*bytes.value);
+    if (!settings.value) {
+        return {std::nullopt, QStringLiteral("the settings in %1 cannot be read: %2")
+                                  .arg(settingsFilePath(), settings.error)};
+    }
+    return {settings.value->toXml(), {}};
+}
+
+// Every reader of the settings, for what it takes.
+std::optional<QString> objectionOfProgram(const PropertyList& settings) {
+    AppServices services(makeLinuxPlatform(SystemRoots::ofThisMachine()), settingsFilePath(),
+                         DefaultsStore::Access::ReadOnly);
+    ItemOrder order(services.defaults, itemNames());
+    OffscreenBar bar(order);
+    const AppDelegate delegate(services, bar);
+    return SettingsTransfer::objection(settings, services.defaults);
+}
+
+bool agrees() {
+    std::printf(
+        "Replace all settings?\n"
+        "This overwrites your current Vostel preferences with the imported ones and relaunches the "
+        "app. Sign-in credentials aren't included, so signed-in accounts may need to sign in "
+        "again.\nImport? [y/N] ");
+    std::fflush(stdout);
+    char answer[16] = {};
+    return std::fgets(answer, sizeof answer, stdin) != nullptr &&
+           (answer[0] == 'y' || answer[0] == 'Y');
+}
+
+int importIntoFile(PropertyList settings) {
+    DefaultsStore store(settingsFilePath(), nullptr);
+    if (const auto error = store.exchange(std::move(settings))) {
+        return failed(*error);
+    }
+    std::puts("Settings imported.");
+    return 0;
+}
+
+int importIntoRunning(const QByteArray& bytes) {
+    const auto error = SingleInstance::askToImport(bytes);
+    if (!error) {
+        return failed(QStringLiteral(
+            "Vostel is running but cannot be reached over D-Bus; quit it, then import"));
+    }
+    if (!error->isEmpty()) {
+        return failed(*error);
+    }
+    std::puts("Settings imported; Vostel has started again with them.");
+    return 0;
+}
+
+}  // namespace
+
+int runExport(const CommandLine& commandLine, int& argc, char** argv) {
+    prepareProcess();
+    const QCoreApplication application(argc, argv);
+    SettingsTransfer::Loaded<QByteArray> settings;
+    if (SingleInstance instance(runtimeFolder()); !instance.acquire()) {
+        settings.value = SingleInstance::askForSettings();  // with what it has not written yet
+    }
+    if (!settings.value) {
+        settings = storedSettings();
+    }
+    if (!settings.value) {
+        return failed(settings.error);
+    }
+    if (isStandard(commandLine.file)) {
+        const auto size = static_cast<std::size_t>(settings.value->size());
+        return std::fwrite(settings.value->constData(), 1, size, stdout) == size &&
+                       std::fflush(stdout) == 0
+                   ? 0
+                   : failed(QStringLiteral("cannot write to the standard output"));
+    }
+    if (const auto error = SettingsTransfer::writeFile(commandLine.file, *settings.value)) {
+        return failed(*error);
+    }
+    return 0;
+}
+
+int runImport(const CommandLine& commandLine, int& argc, char** argv) {
+    prepareProcess();
+    const QApplication application(argc, argv);
+    const auto bytes = isStandard(commandLine.file) ? SettingsTransfer::readAll(STDIN_FILENO)
+                                                    : SettingsTransfer::readFile(commandLine.file);
+    if (!bytes.value) {
+        return failed(bytes.error);
+    }
+    auto settings = SettingsTransfer::parse(*bytes.value);
+    if (!settings.value) {
+        return failed(settings.error);
+    }
+    if (const auto objection = objectionOfProgram(*settings.value)) {
+        return failed(*objection);
+    }
+    if (!commandLine.yes) {
+        if (isatty(STDIN_FILENO) == 0) {
+            return failed(QStringLiteral("nobody to ask at this input; say --yes to import"),
+                          usage);
+        }
+        if (!agrees()) {
+            return failure;
+        }
+    }
+    if (SingleInstance instance(runtimeFolder()); instance.acquire()) {
+        return importIntoFile(std::move(*settings.value));
+    }
+    return importIntoRunning(*bytes.value);
+}
+
+}  // namespace vostel

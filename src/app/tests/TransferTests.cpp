@@ -1,0 +1,300 @@
+// Settings out of the real program and into it, and the relaunch that an import ends in.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDir>
+#include <QFile>
+
+#include "app/AppDelegate.h"
+#include "app/ModuleTable.h"
+#include "app/tests/Program.h"
+#include "statusbar/OffscreenBar.h"
+#include "statusbar/tests/PrivateBus.h"
+
+namespace vostel {
+namespace {
+
+QByteArray contents(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
+}
+
+void put(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+// A value of the type that its reader takes for every key that the program knows.
+PropertyList everyKey(bool truth, double number, const QString& text) {
+    const QTemporaryDir nowhere;
+    AppServices services(makeLinuxPlatform(SystemRoots::ofThisMachine()),
+                         nowhere.filePath(QStringLiteral("x")), DefaultsStore::Access::ReadOnly);
+    ItemOrder order(services.defaults, itemNames());
+    OffscreenBar bar(order);
+    const AppDelegate delegate(services, bar);
+    PropertyList list;
+    for (const auto& [key, holds] : services.defaults.known()) {
+        list.set(key, truth);
+        if (!holds(list, key)) {
+            list.set(key, number);
+        }
+        if (!holds(list, key)) {
+            list.set(key, text);
+        }
+        if (!holds(list, key)) {
+            list.set(key, QStringList{text, QStringLiteral("vostel.cpu")});
+        }
+        EXPECT_TRUE(holds(list, key)) << key.toStdString();
+    }
+    list.set(QStringLiteral("app.hasLaunched"), true);
+    list.set(QStringLiteral("of.a.later.version"), text);
+    return list;
+}
+
+struct TransferTest : testing::Test {
+    const PrivateBus bus;
+    const Home home;
+    const std::map<QString, QString> environment = {
+        {QStringLiteral("DISPLAY"), {}},
+        {QStringLiteral("WAYLAND_DISPLAY"), {}},
+        {QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address()}};
+    const QByteArray first = everyKey(false, 3, QStringLiteral("one")).toXml();
+    const QByteArray second = everyKey(true, 2, QStringLiteral("two")).toXml();
+    const QString file = home.runtimeFolder() + QStringLiteral("/given.plist");
+    const QString exported = home.runtimeFolder() + QStringLiteral("/exported.plist");
+
+    struct Ended {
+        int status;
+        QString said;
+    };
+
+    ~TransferTest() override { EXPECT_TRUE(end()); }
+
+    // Ends every program, also those that no test started itself.
+    bool end() const {
+        for (const qint64 id : home.running()) {
+            ::kill(static_cast<pid_t>(id), SIGTERM);
+        }
+        return waitUntil([this] { return home.leftovers().isEmpty(); });
+    }
+
+    Ended run(const QStringList& arguments, const QByteArray& input = {}) const {
+        Program command(home, arguments, environment);
+        command.say(input);
+        const int status = command.wait();
+        EXPECT_LE(command.errors().size(), 1) << command.errors().join(u'\n').toStdString();
+        for (const QString& line : command.errors()) {
+            EXPECT_TRUE(line.startsWith(QStringLiteral("vostel: "))) << line.toStdString();
+        }
+        return {status, command.errors().join(u'\n')};
+    }
+    Ended import() const { return run({QStringLiteral("import"), QStringLiteral("--yes"), file}); }
+    QByteArray exportedNow() const {
+        EXPECT_EQ(run({QStringLiteral("export"), exported}).status, 0);
+        return contents(exported);
+    }
+
+    std::unique_ptr<Program> start(const QString& executable = {}) const {
+        auto program = std::make_unique<Program>(
+            home, QStringList{QStringLiteral("--bar=offscreen")}, environment, executable);
+        EXPECT_TRUE(waitUntil([this] { return isReachable(); }))
+            << program->errors().join(u'\n').toStdString();
+        return program;
+    }
+    // What the running program answers on the bus; nothing when none does.
+    std::optional<QVariant> answers(const QString& method, const QVariantList& arguments) const {
+        QDBusConnection own = QDBusConnection::connectToBus(bus.address(), bus.address());
+        QDBusMessage call = QDBusMessage::createMethodCall(
+            QStringLiteral("com.vostel.app"), QStringLiteral("/com/vostel/app"),
+            QStringLiteral("com.vostel.App"), method);
+        call.setArguments(arguments);
+        const QDBusMessage answer = own.call(call);
+        return answer.type() == QDBusMessage::ReplyMessage
+                   ? std::optional(answer.arguments().value(0))
+                   : std::nullopt;
+    }
+    bool isReachable() const { return answers(QStringLiteral("ExportSettings"), {}).has_value(); }
+    // Whether another process than `old`, and only that one, has taken over.
+    bool hasTakenOver(qint64 old) const {
+        return waitUntil([&] {
+            const auto ids = home.running();
+            return ids.size() == 1 && ids.front() != old && isReachable();
+        });
+    }
+    int barWidth() const {
+        return QImage(home.runtimeFolder() + QStringLiteral("/vostel-bar.png")).width();
+    }
+    qsizetype descriptors() const {
+        return QDir(QStringLiteral("/proc/%1/fd").arg(home.running().value(0)))
+            .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
+            .size();
+    }
+};
+
+}  // namespace
+
+// Catches a key that is lost, one that the old process writes back, and a relaunch that does not
+// come or comes twice.
+TEST_F(TransferTest, EveryKeyComesBackThroughARelaunch) {
+    put(home.settingsFile(), first);
+    const auto old = start();
+    ASSERT_TRUE(waitUntil([this] { return barWidth() > 0; }));
+    const int empty = barWidth();
+    EXPECT_EQ(exportedNow(), first);
+    put(file, second);
+    EXPECT_EQ(import().said, QString());
+    EXPECT_EQ(old->wait(), 0);
+    ASSERT_TRUE(hasTakenOver(old->id()));
+    EXPECT_EQ(contents(home.settingsFile()), second);
+    EXPECT_EQ(exportedNow(), second);
+    EXPECT_TRUE(waitUntil([&] { return barWidth() > empty; }));  // the items were off before
+    // It holds the lock that the old one had. (Over the bus it would open its settings window.)
+    auto alone = environment;
+    alone[QStringLiteral("DBUS_SESSION_BUS_ADDRESS")] = QString();
+    Program another(home, {}, alone);
+    EXPECT_EQ(another.wait(), 0);
+    EXPECT_TRUE(another.output().contains(QStringLiteral("already running")));
+    EXPECT_EQ(old->errors(), QStringList());
+    ASSERT_TRUE(end());
+    EXPECT_EQ(contents(home.settingsFile()), second);
+
+    // And back, with no program that runs: there is nothing to start then.
+    put(file, first);
+    EXPECT_EQ(
+        run({QStringLiteral("import"), QStringLiteral("--yes"), QStringLiteral("-")}, first).said,
+        QString());
+    EXPECT_EQ(exportedNow(), first);
+    EXPECT_EQ(home.running(), QList<qint64>());
+}
+
+TEST_F(TransferTest, WhatCannotBeUsedChangesNothing) {
+    PropertyList wrong;
+    for (const QString& key : PropertyList::parse(first)->keys()) {
+        wrong.copyFrom(PropertyList::parse("<plist version=\"1.0\"><dict><key>" + key.toUtf8() +
+                                           "</key><date>2020-01-01T00:00:00Z</date></dict></plist>")
+                           .value(),
+                       key);
+    }
+    const QString notValid = QStringLiteral("That file isn’t a valid Vostel settings file.");
+    const struct {
+        const char* what;
+        QByteArray bytes;
+        QString said;
+    } rows[] = {
+        {"a list", "<plist version=\"1.0\"><array/></plist>", notValid},
+        {"nonsense", QByteArray(10 << 20, 'x'), notValid},
+        {"every type wrong", wrong.toXml(),  // but that of the key that only a later version knows
+         QStringLiteral("“%1” and %2 more").arg(wrong.keys().front()).arg(wrong.keys().size() - 2)},
+    };
+    put(home.settingsFile(), first);
+    for (const bool isRunning : {false, true}) {
+        const auto program = isRunning ? start() : nullptr;
+        const auto ids = home.running();
+        for (const auto& row : rows) {
+            put(file, row.bytes);
+            const Ended ended = import();
+            EXPECT_EQ(ended.status, 1) << row.what;
+            EXPECT_TRUE(ended.said.contains(row.said)) << ended.said.toStdString();
+            EXPECT_EQ(contents(home.settingsFile()), first) << row.what;
+            if (isRunning) {  // which looks for itself
+                const auto answer = answers(QStringLiteral("ImportSettings"), {row.bytes});
+                EXPECT_TRUE(answer && answer->toString().contains(row.said)) << row.what;
+            }
+        }
+        QFile::remove(file);
+        EXPECT_TRUE(import().said.contains(QStringLiteral("No such file")));
+        put(file, second);
+        EXPECT_EQ(run({QStringLiteral("import"), file}).status, 2);  // nobody to ask
+        EXPECT_EQ(contents(home.settingsFile()), first);
+        EXPECT_EQ(home.running(), ids);
+    }
+}
+
+TEST_F(TransferTest, ImportsRightAfterEachOther) {
+    put(home.settingsFile(), first);
+    const auto old = start();
+    const auto before = descriptors();
+    for (const QByteArray& bytes : {second, first, first, second}) {
+        put(file, bytes);
+        const qint64 id = home.running().value(0);
+        EXPECT_EQ(import().said, QString());
+        ASSERT_TRUE(hasTakenOver(id));
+        EXPECT_EQ(exportedNow(), bytes);
+    }
+    // What one process hands to the next does not pile up.
+    put(file, first);
+    EXPECT_EQ(import().said, QString());
+    EXPECT_TRUE(waitUntil([&] { return descriptors() <= before; }))
+        << descriptors() << " " << before;
+
+    // At the same time: one program is left, with the settings of one of them.
+    Program one(home, {QStringLiteral("import"), QStringLiteral("--yes"), file}, environment);
+    Program two(home, {QStringLiteral("import"), QStringLiteral("--yes"), file}, environment);
+    one.wait();
+    two.wait();
+    EXPECT_TRUE(waitUntil([&] { return home.running().size() == 1; }));
+    EXPECT_EQ(exportedNow(), first);
+}
+
+TEST_F(TransferTest, ARelaunchThatFailsTakesTheImportBack) {
+    const QString copy = home.runtimeFolder() + QStringLiteral("/vostel-copy");
+    ASSERT_TRUE(QFile::copy(QStringLiteral(VOSTEL), copy));
+    put(home.settingsFile(), first);
+    put(file, second);
+    const auto old = start(copy);
+    for (const char* script : {"#!/bin/sh\nexit 3\n", "#!/bin/sh\nkill -9 $$\n"}) {
+        QFile::remove(copy);
+        put(copy, script);
+        QFile::setPermissions(copy, QFile::ReadOwner | QFile::ExeOwner);
+        const Ended ended = import();
+        EXPECT_EQ(ended.status, 1) << script;
+        EXPECT_TRUE(ended.said.contains(QStringLiteral("could not be started again"))) << script;
+        EXPECT_EQ(contents(home.settingsFile()), first) << script;
+        EXPECT_EQ(exportedNow(), first) << script;
+        EXPECT_TRUE(old->isRunning());
+    }
+    // A program whose file is gone starts itself once more.
+    QFile::remove(copy);
+    EXPECT_EQ(import().said, QString());
+    EXPECT_EQ(old->wait(), 0);
+    EXPECT_TRUE(hasTakenOver(old->id()));
+    EXPECT_EQ(contents(home.settingsFile()), second);
+}
+
+TEST_F(TransferTest, AnImageIsStartedFromItsFile) {
+    // The file of an image stands for the program that it holds.
+    const QString image = home.runtimeFolder() + QStringLiteral("/vostel.AppImage");
+    put(image, "#!/bin/sh\necho started from the image\nexec " VOSTEL " \"$@\"\n");
+    QFile::setPermissions(image, QFile::ReadOwner | QFile::ExeOwner);
+    put(home.settingsFile(), first);
+    put(file, second);
+    auto inImage = environment;
+    inImage[QStringLiteral("APPIMAGE")] = image;
+    Program old(home, {QStringLiteral("--bar=offscreen")}, inImage);
+    ASSERT_TRUE(waitUntil([&] { return isReachable(); }));
+    EXPECT_EQ(import().said, QString());
+    EXPECT_TRUE(hasTakenOver(old.id()));
+    EXPECT_TRUE(old.output().contains(QStringLiteral("started from the image")));
+}
+
+TEST_F(TransferTest, ARunningProgramThatCannotBeAskedIsNotImportedInto) {
+    put(home.settingsFile(), first);
+    put(file, second);
+    auto alone = environment;
+    alone[QStringLiteral("DBUS_SESSION_BUS_ADDRESS")] = QString();
+    Program program(home, {QStringLiteral("--bar=offscreen")}, alone);
+    ASSERT_TRUE(waitUntil(
+        [&] { return program.output().contains(QStringLiteral("The bar is drawn into")); }));
+    const Ended ended = import();
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_TRUE(ended.said.contains(QStringLiteral("cannot be reached")))
+        << ended.said.toStdString();
+    EXPECT_EQ(contents(home.settingsFile()), first);
+    EXPECT_EQ(exportedNow(), first);  // from the file
+}
+
+}  // namespace vostel

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QByteArray>
+
+namespace vostel {
+
+// Whether a property list can be read without taking the stack or the memory down. What parses,
+// copies and frees one goes down into every nested list, and a binary one may name the same object
+// any number of times, so that a few hundred bytes stand for gigabytes.
+//
+// False above 4000 lists and dictionaries, for a binary form that names one of those twice, and for
+// one whose texts and data come to more than 64 MiB with every repetition counted. True says
+// nothing about whether the bytes parse.
+bool isPropertyListBounded(const QByteArray& bytes);
+
+}  // namespace vostel
