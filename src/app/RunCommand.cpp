@@ -1,5 +1,8 @@
 #include "app/RunCommand.h"
 
+#include <unistd.h>
+
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -19,6 +22,8 @@
 namespace vostel {
 
 namespace {
+
+constexpr std::chrono::milliseconds busLimit{1000};
 
 // A lost X server ends the process inside the windowing library; what is not written yet is written
 // on that way out, too.
@@ -41,7 +46,11 @@ Display prepareDisplay(std::optional<BarKind> asked) {
     DockBar::prepareProcess();
     // The toolkit asks for the session bus in any case. Without an address the D-Bus library would
     // start a bus of its own for that, and leave it running.
-    if (sessionBusAddress().isEmpty()) {
+    const QString bus = sessionBusAddress();
+    if (!bus.isEmpty() && !busAnswers(bus, busLimit)) {
+        logLine(QStringLiteral("the session's message bus does not answer; going on without it"));
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    } else if (bus.isEmpty()) {
         qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
     }
     return display;
@@ -54,6 +63,13 @@ Display reachedDisplay(Display found) {
     }
     logLine(QStringLiteral("the display cannot be used; is it there, and Qt's plugin for it?"));
     return Display::None;
+}
+
+// A message bus that answers no more can hold the toolkit up for ever. What there was to save is
+// saved by then.
+void endWithin(unsigned seconds) {
+    std::signal(SIGALRM, [](int) { _exit(0); });
+    alarm(seconds);
 }
 
 }  // namespace
@@ -112,6 +128,8 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
         delegate.didFinishLaunching();
         instance.listen();
         status = QApplication::exec();
+        services.defaults.flush();
+        endWithin(5);
         delegate.willTerminate();
         instance.settings = nullptr;
         instance.import = nullptr;

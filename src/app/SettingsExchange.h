@@ -17,6 +17,13 @@ class SettingsExchange : public QObject {
     Q_OBJECT
 
   public:
+    // What the user is asked before it, UTF-8.
+    static constexpr const char* question = "Replace all settings?";
+    static constexpr const char* warning =
+        "This overwrites your current Vostel preferences with the imported ones and relaunches the "
+        "app. Sign-in credentials aren’t included, so signed-in accounts may need to sign in "
+        "again.";
+
     // Borrows both.
     SettingsExchange(DefaultsStore& store, Background& background);
 

@@ -9,6 +9,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/ModuleTable.h"
+#include "app/SettingsExchange.h"
 #include "app/SingleInstance.h"
 #include "core/SettingsTransfer.h"
 #include "statusbar/OffscreenBar.h"
@@ -67,11 +68,7 @@ std::optional<QString> objectionOfProgram(const PropertyList& settings) {
 }
 
 bool agrees() {
-    std::printf(
-        "Replace all settings?\n"
-        "This overwrites your current Vostel preferences with the imported ones and relaunches the "
-        "app. Sign-in credentials aren't included, so signed-in accounts may need to sign in "
-        "again.\nImport? [y/N] ");
+    std::printf("%s\n%s\nImport? [y/N] ", SettingsExchange::question, SettingsExchange::warning);
     std::fflush(stdout);
     char answer[16] = {};
     return std::fgets(answer, sizeof answer, stdin) != nullptr &&

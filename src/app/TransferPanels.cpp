@@ -153,13 +153,9 @@ void TransferPanels::read(const QString& path) {
 }
 
 void TransferPanels::askToReplace(const PropertyList& settings) {
-    QMessageBox* box = messageBox(
-        QStringLiteral("gearshape"), Theme::current().accent,
-        QStringLiteral("Replace all settings?"),
-        QStringLiteral("This overwrites your current Vostel preferences with the imported ones and "
-                       "relaunches the app. Sign-in credentials aren’t included, so signed-in "
-                       "accounts may need to sign in again."),
-        window());
+    QMessageBox* box = messageBox(QStringLiteral("gearshape"), Theme::current().accent,
+                                  QString::fromUtf8(SettingsExchange::question),
+                                  QString::fromUtf8(SettingsExchange::warning), window());
     auto* import = box->addButton(QStringLiteral("Import && Relaunch"), QMessageBox::AcceptRole);
     box->setEscapeButton(box->addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole));
     box->setDefaultButton(import);

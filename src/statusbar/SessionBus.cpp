@@ -1,10 +1,67 @@
 #include "statusbar/SessionBus.h"
 
-#include <atomic>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+
+#include <QFile>
 #include <QFileInfo>
 
 namespace vostel {
+
+namespace {
+
+// The socket that the first entry of a bus address names; empty for other kinds. An abstract one
+// begins with a zero byte.
+QByteArray socketOf(const QString& address) {
+    const QString first = address.section(u';', 0, 0);
+    if (!first.startsWith(QStringLiteral("unix:"))) {
+        return {};
+    }
+    for (const QString& each : first.mid(5).split(u',')) {
+        const QByteArray value = QByteArray::fromPercentEncoding(each.section(u'=', 1).toUtf8());
+        if (each.startsWith(QStringLiteral("path="))) {
+            return value;
+        }
+        if (each.startsWith(QStringLiteral("abstract="))) {
+            return '\0' + value;
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+bool busAnswers(const QString& address, std::chrono::milliseconds limit) {
+    const QByteArray path = socketOf(address);
+    sockaddr_un place{};
+    if (path.isEmpty() || static_cast<std::size_t>(path.size()) >= sizeof place.sun_path) {
+        return true;
+    }
+    place.sun_family = AF_UNIX;
+    std::copy(path.begin(), path.end(), place.sun_path);
+    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) +
+                                             static_cast<std::size_t>(path.size()));
+    const int bus = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    const QByteArray hello =
+        QByteArray(1, '\0') + "AUTH EXTERNAL " + QByteArray::number(getuid()).toHex() + "\r\n";
+    pollfd answer{bus, POLLIN, 0};
+    char byte = 0;
+    const bool answers =
+        bus >= 0 && connect(bus, reinterpret_cast<const sockaddr*>(&place), size) == 0 &&
+        send(bus, hello.constData(), static_cast<std::size_t>(hello.size()), MSG_NOSIGNAL) ==
+            hello.size() &&
+        poll(&answer, 1, static_cast<int>(limit.count())) == 1 && recv(bus, &byte, 1, 0) == 1;
+    if (bus >= 0) {
+        close(bus);
+    }
+    return answers;
+}
 
 QString sessionBusAddress() {
     const QString given = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");

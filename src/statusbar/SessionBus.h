@@ -18,6 +18,12 @@ namespace vostel {
 // $XDG_RUNTIME_DIR. Empty when there is none; a bus is never started.
 QString sessionBusAddress();
 
+// Whether the bus at the address answers within the limit: false for one that is gone or hangs. The
+// toolkit waits for such a bus, on the main thread, for longer than a user would. Only the answer
+// to the first line of the protocol is waited for (D-Bus Specification, "Authentication Protocol").
+// Addresses of other kinds than a socket of this machine are taken to answer.
+bool busAnswers(const QString& address, std::chrono::milliseconds limit);
+
 // A private connection under a name of its own. It waits for the bus to answer, so it belongs on a
 // worker thread. Not connected (lastError() says why) when that fails.
 QDBusConnection openBus(const QString& address);

@@ -126,9 +126,9 @@ void GeneralSettingsPanel::addUpdatesSection(UpdateController& updates) {
 
 void GeneralSettingsPanel::addSettingsFileSection(AppContext& context) {
     addSection(QStringLiteral("Settings File"));
-    addRow(new ButtonRow(QStringLiteral("To a File"), QStringLiteral("Export Settings…"),
+    addRow(new ButtonRow(QStringLiteral("Save to a File"), QStringLiteral("Export Settings…"),
                          context.exportSettings));
-    addRow(new ButtonRow(QStringLiteral("From a File"), QStringLiteral("Import Settings…"),
+    addRow(new ButtonRow(QStringLiteral("Load from a File"), QStringLiteral("Import Settings…"),
                          context.importSettings));
     addNote(
         QStringLiteral("Export saves all Vostel preferences to a file. Import replaces them and "

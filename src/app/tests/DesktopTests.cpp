@@ -4,6 +4,8 @@
 #include <signal.h>
 
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QElapsedTimer>
@@ -319,6 +321,38 @@ TEST_F(Desktop, WithoutASessionBusNoneIsStarted) {
     EXPECT_EQ(program.stop(SIGTERM), 0);
     EXPECT_EQ(program.errors().size(), 1) << errors(program);  // that there is none
     EXPECT_EQ(home.leftovers(), QStringList());
+}
+
+// A bus that hangs must not hang the end of the session.
+TEST_F(Desktop, EndsWhenTheBusIsFrozen) {
+    home.seed(moduleIds());
+    for (const char* kind : {"--bar=dock", "--bar=tray"}) {
+        PrivateBus frozen;
+        Program program(home, {QString::fromLatin1(kind)},
+                        {{QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), frozen.address()}});
+        const QString bus = frozen.address();
+        ASSERT_TRUE(until([&] {
+            QDBusConnection connection =
+                QDBusConnection::connectToBus(bus, QStringLiteral("frozen"));
+            const bool there =
+                connection.interface()->isServiceRegistered(QStringLiteral("com.vostel.app"));
+            QDBusConnection::disconnectFromBus(QStringLiteral("frozen"));
+            return there;
+        }));
+        QElapsedTimer sinceStart;
+        sinceStart.start();
+        until([&] { return sinceStart.hasExpired(1000); });  // every item has its connection
+        frozen.freeze();
+        EXPECT_EQ(program.stop(SIGTERM), 0) << kind;
+        EXPECT_EQ(home.leftovers(), QStringList());
+    }
+    PrivateBus frozen;
+    frozen.freeze();  // before the start, which then goes on without a bus
+    Program program(home, {QStringLiteral("--bar=dock")},
+                    {{QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), frozen.address()}});
+    ASSERT_TRUE(until(hasBar));
+    EXPECT_FALSE(opened([] { click(lastItem); }).isNull());
+    EXPECT_EQ(program.stop(SIGTERM), 0);
 }
 
 TEST_F(Desktop, QuitInTheMenuEndsItAndKeepsTheLastChange) {

@@ -31,6 +31,10 @@ PrivateBus::~PrivateBus() {
     daemon.waitForFinished();
 }
 
+void PrivateBus::freeze() {
+    ::kill(static_cast<pid_t>(daemon.processId()), SIGSTOP);
+}
+
 bool waitUntil(const std::function<bool()>& condition) {
     QEventLoop loop;
     QTimer poll;

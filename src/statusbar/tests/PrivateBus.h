@@ -12,6 +12,8 @@ class PrivateBus {
     PrivateBus();
     ~PrivateBus();
     const QString& address() const { return where; }
+    // Stops it in its tracks: it answers nobody and closes no connection.
+    void freeze();
 
   private:
     QProcess daemon;

@@ -26,7 +26,7 @@ SettingsRow::SettingsRow(const QString& title, QWidget* parent)
     texts->addWidget(hintLabel);
     texts->addStretch();
     line = new QHBoxLayout(this);
-    line->setContentsMargins(SettingsLook::rowMargin, 4, SettingsLook::rowMargin - 3, 4);
+    setRoomAbove(4);
     line->setSpacing(8);
     line->addLayout(texts, 1);
     setTitle(title);
@@ -40,7 +40,11 @@ void SettingsRow::setTitle(const QString& text) {
 void SettingsRow::setHint(const QString& text) {
     hintLabel->setText(text);
     hintLabel->setVisible(!text.isEmpty());
-    setMinimumHeight(SettingsLook::rowHeight + (text.isEmpty() ? 0 : 10));
+    setRoomAbove(text.isEmpty() ? 4 : 8);  // several lines of text want more air
+}
+
+void SettingsRow::setRoomAbove(int room) {
+    line->setContentsMargins(SettingsLook::rowMargin, room, SettingsLook::rowMargin - 3, room);
 }
 
 QString SettingsRow::searchText() const {

@@ -37,6 +37,8 @@ class SettingsRow : public QWidget {
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    void setRoomAbove(int room);  // and below
+
     QString name;
     QString keywords;
     QLabel* titleLabel;
