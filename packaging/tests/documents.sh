@@ -52,6 +52,9 @@ for command in $commands; do
     check "fish: $command is missing" grep -qE -- "-a $command( |$)" <<<"$fish"
     check_options "$command" "$("$vostel" "$command" --help)"
 done
+for command in $(offered vostel '' | grep '^[a-z]'); do
+    check "bash: $command is offered, but unknown" grep -qx "$command" <<<"$commands"
+done
 
 # check_values OPTION COMMAND...: the values that the program itself lists when it is given a wrong one.
 check_values() {
