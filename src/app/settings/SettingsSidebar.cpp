@@ -1,6 +1,7 @@
 #include "app/settings/SettingsSidebar.h"
 
 #include <QKeyEvent>
+#include <QLabel>
 #include <QPainter>
 #include <QScrollArea>
 #include <QVBoxLayout>
@@ -44,6 +45,12 @@ SettingsSidebar::SettingsSidebar(AppContext& appContext, const std::vector<Setti
         connect(row, &SidebarRow::switched, this,
                 [this, row](bool on) { context.modules->setEnabled(on, row->id()); });
     }
+    nothingFound = new QLabel(tr("No settings found"), list);
+    nothingFound->setForegroundRole(QPalette::PlaceholderText);
+    nothingFound->setAlignment(Qt::AlignCenter);
+    nothingFound->setMinimumHeight(48);
+    nothingFound->hide();
+    column->addWidget(nothingFound);
     column->addStretch();
     auto* scroll = new QScrollArea;
     scroll->setFrameShape(QFrame::NoFrame);
@@ -115,6 +122,7 @@ void SettingsSidebar::setListed(const QStringList& ids) {
     for (SidebarRow* row : rows) {
         row->setVisible(ids.contains(row->id()));
     }
+    nothingFound->setVisible(ids.isEmpty());
 }
 
 void SettingsSidebar::focusSearch() {

@@ -8,6 +8,10 @@
 #include "core/AppContext.h"
 #include "core/NotificationCenter.h"
 
+class QLabel;
+
+class QLabel;
+
 namespace vostel {
 
 class SidebarRow;
@@ -46,6 +50,7 @@ class SettingsSidebar : public QWidget {
 
     AppContext& context;
     TextField* search;
+    QLabel* nothingFound;
     std::vector<SidebarRow*> rows;
     std::vector<NotificationCenter::Subscription> subscriptions;
     std::vector<QMetaObject::Connection> connections;

@@ -188,6 +188,9 @@ TEST_F(SettingsWindowTest, searchFindsASettingByItsWords) {
         if (each.shown != nullptr) {
             EXPECT_EQ(window->selected(), QLatin1String(each.shown)) << each.typed;
         }
+        const auto labels = window->findChild<SettingsSidebar*>()->findChildren<QLabel*>();
+        EXPECT_EQ(labels.size(), 1);
+        EXPECT_EQ(labels.value(0)->isVisible(), each.pages.isEmpty()) << each.typed;
         EXPECT_EQ(foundRows(window->panel(window->selected())), each.rows) << each.typed;
     }
     QTest::keyClick(window, Qt::Key_Escape);
