@@ -10,8 +10,6 @@
 
 class QLabel;
 
-class QLabel;
-
 namespace vostel {
 
 class SidebarRow;
