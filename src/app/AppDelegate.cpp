@@ -1,16 +1,22 @@
 #include "app/AppDelegate.h"
 
+#include <chrono>
+
 #include <QCoreApplication>
+#include <QTimer>
 
 #include "app/LoginItem.h"
 #include "app/ModuleTable.h"
 #include "app/settings/SettingsSidebar.h"
+#include "core/GiveBack.h"
 
 namespace vostel {
 
 namespace {
 
 constexpr double batteryFactor = 2;  // of every interval
+// What only the start needed is given back then.
+constexpr std::chrono::seconds startIsOver{15};
 
 }  // namespace
 
@@ -56,6 +62,7 @@ void AppDelegate::didFinishLaunching() {
     if (services.isFirstRun) {
         showSettings();
     }
+    QTimer::singleShot(startIsOver, this, &giveBackMemory);
 }
 
 void AppDelegate::settingsChanged() {

@@ -1,8 +1,8 @@
 #include "item/ItemModule.h"
 
-#include <malloc.h>
-
 #include <chrono>
+
+#include "core/GiveBack.h"
 
 namespace vostel {
 
@@ -24,7 +24,7 @@ ItemModule::ItemModule(AppContext& appContext, ItemIdentity identity,
     popoverRelease.setInterval(popoverKept);
     connect(&popoverRelease, &QTimer::timeout, this, [this] {
         popover.reset();
-        malloc_trim(0);
+        giveBackMemory();
     });
 }
 

@@ -1,12 +1,11 @@
 #include "app/settings/SettingsWindowController.h"
 
-#include <malloc.h>
-
 #include <QPixmapCache>
 
 #include "app/ModuleTable.h"
 #include "app/settings/AppearanceSettingsPanel.h"
 #include "app/settings/GeneralSettingsPanel.h"
+#include "core/GiveBack.h"
 
 namespace vostel {
 
@@ -56,7 +55,7 @@ void SettingsWindowController::windowClosed() {
         closing, &QObject::destroyed, this,
         [] {
             QPixmapCache::clear();
-            malloc_trim(0);
+            giveBackMemory();
         },
         Qt::QueuedConnection);
     closing->deleteLater();
