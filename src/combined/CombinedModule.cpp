@@ -36,7 +36,7 @@ CombinedModule::~CombinedModule() {
 void CombinedModule::start() {
     makeStatusItem();
     subscriptions.push_back(context.notifications.subscribe(CombinedSettings::changeNotification,
-                                                            [this] { settingsChanged(); }));
+                                                            [this] { changes.request(); }));
     subscriptions.push_back(
         context.notifications.subscribe("globalSettingsChanged", [this] { allDirty(); }));
     rebuild();
@@ -57,7 +57,7 @@ void CombinedModule::rebuild() {
         }
         module->onImageChanged = [this, id] {
             dirty.insert(id);
-            scheduleRender();
+            renderScheduled.request();
         };
         segments.push_back({id, std::move(module)});
         segments.back().module->startEmbedded();
@@ -98,45 +98,21 @@ QStringList CombinedModule::segmentIds() const {
 }
 
 void CombinedModule::settingsChanged() {
-    if (changePending) {
+    if (status() == nullptr) {
         return;
     }
-    changePending = true;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            changePending = false;
-            if (status() == nullptr) {
-                return;
-            }
-            if (settings.orderedEnabledIDs() == segmentIds()) {
-                render();
-            } else {
-                rebuild();
-            }
-        },
-        Qt::QueuedConnection);
+    if (settings.orderedEnabledIDs() == segmentIds()) {
+        render();
+    } else {
+        rebuild();
+    }
 }
 
 void CombinedModule::allDirty() {
     for (const Segment& segment : segments) {
         dirty.insert(segment.id);
     }
-    scheduleRender();
-}
-
-void CombinedModule::scheduleRender() {
-    if (renderScheduled) {
-        return;
-    }
-    renderScheduled = true;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            renderScheduled = false;
-            render();
-        },
-        Qt::QueuedConnection);
+    renderScheduled.request();
 }
 
 void CombinedModule::render() {

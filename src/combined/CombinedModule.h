@@ -11,6 +11,7 @@
 #include "combined/CombinedSettings.h"
 #include "combined/JoinedImage.h"
 #include "core/NotificationCenter.h"
+#include "core/OncePerTurn.h"
 #include "item/ShownItem.h"
 
 namespace vostel {
@@ -63,7 +64,6 @@ class CombinedModule : public ShownItem, public MenubarModule {
 
     void settingsChanged();
     void allDirty();
-    void scheduleRender();
     void render();
     JoinedImage compose(const ImageContext& context);
     StatusImage imageOf(const Segment& segment, const ImageContext& context);
@@ -83,8 +83,8 @@ class CombinedModule : public ShownItem, public MenubarModule {
     std::set<QString> dirty;  // their images must be fetched again
     QPointer<Popover> lastPopover;
     std::vector<NotificationCenter::Subscription> subscriptions;
-    bool renderScheduled = false;
-    bool changePending = false;
+    OncePerTurn renderScheduled{this, [this] { render(); }};
+    OncePerTurn changes{this, [this] { settingsChanged(); }};
 };
 
 }  // namespace vostel

@@ -46,7 +46,7 @@ void ItemModule::begin() {
     for (const std::string& name :
          {settings.changeNotification(), std::string("globalSettingsChanged")}) {
         subscriptions.push_back(
-            context.notifications.subscribe(name, [this] { settingsChanged(); }));
+            context.notifications.subscribe(name, [this] { changes.request(); }));
     }
     startTimer();
     didStart();
@@ -72,22 +72,11 @@ void ItemModule::startTimer() {
     timer = context.scheduler.every(interval, timerTolerance * interval, [this] { tick(); });
 }
 
-// Many fields may change in one go (a revert clears six): one restart and one image serve all.
 void ItemModule::settingsChanged() {
-    if (changePending) {
-        return;
+    if (running) {
+        startTimer();
+        render();
     }
-    changePending = true;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            changePending = false;
-            if (running) {
-                startTimer();
-                render();
-            }
-        },
-        Qt::QueuedConnection);
 }
 
 void ItemModule::render() {

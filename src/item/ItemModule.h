@@ -8,6 +8,7 @@
 #include "core/ModuleSettings.h"
 #include "core/Modules.h"
 #include "core/NotificationCenter.h"
+#include "core/OncePerTurn.h"
 #include "core/TickScheduler.h"
 #include "item/ShownItem.h"
 #include "ui/Popover.h"
@@ -66,7 +67,8 @@ class ItemModule : public ShownItem, public EmbeddableModule {
     std::vector<NotificationCenter::Subscription> subscriptions;
     bool embedded = false;
     bool running = false;
-    bool changePending = false;
+    // Many fields may change in one go (a revert clears six): one restart and one image serve all.
+    OncePerTurn changes{this, [this] { settingsChanged(); }};
 };
 
 }  // namespace vostel
