@@ -14,7 +14,10 @@
 #include <chrono>
 #include <cstring>
 
+#include <QCoreApplication>
 #include <QFile>
+
+#include "app/updates/InstallLocation.h"
 
 namespace vostel {
 
@@ -109,8 +112,8 @@ int spawn(const std::vector<std::string>& programs, int channel, int lock, pid_t
 
 std::vector<std::string> programsToStart() {
     std::vector<std::string> programs;
-    if (const QByteArray image = qgetenv("APPIMAGE"); !image.isEmpty()) {
-        programs.push_back(image.toStdString());
+    if (const QString image = programFile(); image != QCoreApplication::applicationFilePath()) {
+        programs.push_back(QFile::encodeName(image).toStdString());
     }
     // Of a file that was replaced, as by an update, the link says so after the name (proc(5)).
     const std::string running = "/proc/self/exe";

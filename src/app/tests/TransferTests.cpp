@@ -274,6 +274,7 @@ TEST_F(TransferTest, AnImageIsStartedFromItsFile) {
     put(file, second);
     auto inImage = environment;
     inImage[QStringLiteral("APPIMAGE")] = image;
+    inImage[QStringLiteral("APPDIR")] = QFileInfo(QStringLiteral(VOSTEL)).path();
     Program old(home, {QStringLiteral("--bar=offscreen")}, inImage);
     ASSERT_TRUE(waitUntil([&] { return isReachable(); }));
     EXPECT_EQ(import().said, QString());
