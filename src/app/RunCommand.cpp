@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -23,8 +22,6 @@ namespace vostel {
 
 namespace {
 
-constexpr std::chrono::milliseconds busLimit{1000};
-
 // A lost X server ends the process inside the windowing library; what is not written yet is written
 // on that way out, too.
 DefaultsStore* storeToFlush = nullptr;
@@ -44,14 +41,8 @@ Display prepareDisplay(std::optional<BarKind> asked) {
                                                                  : "offscreen");
     }
     DockBar::prepareProcess();
-    // The toolkit asks for the session bus in any case. Without an address the D-Bus library would
-    // start a bus of its own for that, and leave it running.
-    const QString bus = sessionBusAddress();
-    if (!bus.isEmpty() && !busAnswers(bus, busLimit)) {
+    if (!prepareSessionBus()) {
         logLine(QStringLiteral("the session's message bus does not answer; going on without it"));
-        qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
-    } else if (bus.isEmpty()) {
-        qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
     }
     return display;
 }
@@ -122,7 +113,7 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
             });
         };
         instance.settings = [&services] { return services.defaults.values().toXml(); };
-        instance.import = [&delegate](const QByteArray& bytes, SettingsExchange::Done done) {
+        instance.takeSettings = [&delegate](const QByteArray& bytes, SettingsExchange::Done done) {
             delegate.exchange.import(bytes, std::move(done));
         };
         delegate.didFinishLaunching();
@@ -132,7 +123,7 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
         endWithin(5);
         delegate.willTerminate();
         instance.settings = nullptr;
-        instance.import = nullptr;
+        instance.takeSettings = nullptr;
     }
     storeToFlush = nullptr;
     return status;

@@ -97,15 +97,15 @@ void SingleInstance::fallSilent() {
 }
 
 QString SingleInstance::ImportSettings(const QByteArray& bytes) {
-    if (!import) {
+    if (!takeSettings) {
         return QStringLiteral("Vostel is ending.");
     }
     setDelayedReply(true);
-    import(bytes, [bus = connection(), call = message()](const QString& error) {
+    takeSettings(bytes, [bus = connection(), call = message()](const QString& error) {
         bus.send(call.createReply(error));
-});
-return {};
-}  // namespace vostel
+    });
+    return {};
+}
 
 bool SingleInstance::askToShowSettings() {
     return ask(QStringLiteral("ShowSettings"), {}, answerMilliseconds).type() ==

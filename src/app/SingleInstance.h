@@ -42,7 +42,7 @@ class SingleInstance : public QObject, protected QDBusContext {
     // What answers them.
     std::function<QByteArray()> settings;
     std::function<void(const QByteArray& bytes, std::function<void(const QString& error)> done)>
-        import;
+        takeSettings;
 
   public Q_SLOTS:
     Q_SCRIPTABLE void ShowSettings() { Q_EMIT showSettingsRequested(); }

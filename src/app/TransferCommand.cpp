@@ -31,9 +31,7 @@ int failed(const QString& why, int status = failure) {
 // start a bus.
 void prepareProcess() {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    if (sessionBusAddress().isEmpty()) {
-        qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
-    }
+    prepareSessionBus();
 }
 
 bool isStandard(const QString& file) {

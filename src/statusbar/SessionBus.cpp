@@ -16,6 +16,8 @@ namespace vostel {
 
 namespace {
 
+constexpr std::chrono::milliseconds answerLimit{1000};
+
 // The socket that the first entry of a bus address names; empty for other kinds. An abstract one
 // begins with a zero byte.
 QByteArray socketOf(const QString& address) {
@@ -70,6 +72,15 @@ QString sessionBusAddress() {
     const QString socket = runtime + QStringLiteral("/bus");
     if (runtime.isEmpty() || !QFileInfo::exists(socket)) return {};
     return QStringLiteral("unix:path=") + socket;
+}
+
+bool prepareSessionBus() {
+    const QString address = sessionBusAddress();
+    const bool hangs = !address.isEmpty() && !busAnswers(address, answerLimit);
+    if (address.isEmpty() || hangs) {
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    }
+    return !hangs;
 }
 
 QDBusConnection openBus(const QString& address) {

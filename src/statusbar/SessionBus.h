@@ -24,6 +24,11 @@ QString sessionBusAddress();
 // Addresses of other kinds than a socket of this machine are taken to answer.
 bool busAnswers(const QString& address, std::chrono::milliseconds limit);
 
+// To be called before the application object: hides a bus from the toolkit that is not there (the
+// D-Bus library would start one and leave it running) or does not answer within a second. Returns
+// false for the latter.
+bool prepareSessionBus();
+
 // A private connection under a name of its own. It waits for the bus to answer, so it belongs on a
 // worker thread. Not connected (lastError() says why) when that fails.
 QDBusConnection openBus(const QString& address);
