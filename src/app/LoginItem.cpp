@@ -3,12 +3,12 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QMap>
 #include <QStandardPaths>
 
 #include "app/updates/InstallLocation.h"
 #include "core/AtomicFile.h"
 #include "core/Log.h"
+#include "monitors/process/DesktopEntry.h"
 
 namespace vostel {
 
@@ -20,53 +20,31 @@ constexpr qint64 longestEntry = 65536;  // bytes
 // Desktops look the first word up as it is written, so a path that needs "%%" cannot stand there.
 const QString plainStarter = QStringLiteral("nice -n 0 ");
 
-using Entry = QMap<QByteArray, QByteArray>;
-
-// The keys of the group "Desktop Entry".
-Entry readEntry(const QByteArray& text) {
-    Entry entry;
-    bool inside = false;
-    for (const QByteArray& raw : text.split('\n')) {
-        const QByteArray line = raw.trimmed();
-        const qsizetype equals = line.indexOf('=');
-        if (line.startsWith('[')) {
-            inside = line == "[Desktop Entry]";
-        } else if (inside && equals > 0 && !line.startsWith('#')) {
-            entry.insert(line.left(equals).trimmed(), line.mid(equals + 1).trimmed());
-        }
-    }
-    return entry;
+std::optional<DesktopEntry> entryIn(const QString& path) {
+    QFile file(path);
+    return file.open(QFile::ReadOnly)
+               ? std::optional(parseDesktopEntry(file.read(longestEntry).toStdString()))
+               : std::nullopt;
 }
 
 // A desktop that switches an entry off leaves it in place and says so in it.
-bool isOn(const Entry& entry) {
-    return entry.value("Hidden").toLower() != "true" &&
-           entry.value("X-GNOME-Autostart-enabled").toLower() != "false";
+bool isOn(const DesktopEntry& entry) {
+    return !entry.hidden && entry.autostart;
 }
 
-std::optional<Entry> entryIn(const QString& path) {
-    QFile file(path);
-    return file.open(QFile::ReadOnly) ? std::optional(readEntry(file.read(longestEntry)))
-                                      : std::nullopt;
+// Past what plainStarter puts before it; empty where that is no absolute path.
+QString programOf(const DesktopEntry& entry) {
+    const std::size_t first = !entry.exec.empty() && entry.exec.front() == "nice" ? 3 : 0;
+    QString program =
+        entry.exec.size() > first ? QString::fromStdString(entry.exec[first]) : QString();
+    program.replace(QStringLiteral("%%"), QStringLiteral("%"));
+    return QDir::isAbsolutePath(program) ? program : QString();
 }
 
 void report(const std::optional<QString>& error) {
     if (error) {
         logLine(QStringLiteral("vostel: Launch at Login change failed: ") + *error);
     }
-}
-
-QString unescaped(const QString& text) {
-    QString result;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text[i] == u'\\' && i + 1 < text.size()) {
-            const QChar c = text[++i];
-            result += c == u'n' ? QChar(u'\n') : c == u't' ? QChar(u'\t') : c;
-        } else {
-            result += text[i];
-        }
-    }
-    return result;
 }
 
 }  // namespace
@@ -92,23 +70,7 @@ QString execLine(const QString& program) {
 }
 
 QString programOfExec(const QString& line) {
-    QString text = unescaped(line);
-    if (text.startsWith(plainStarter)) {
-        text.remove(0, plainStarter.size());
-    }
-    const bool quoted = text.startsWith(u'"');
-    QString program;
-    for (qsizetype i = quoted ? 1 : 0; i < text.size(); ++i) {
-        if (text[i] == (quoted ? u'"' : u' ')) {
-            break;
-        }
-        if (quoted && text[i] == u'\\' && i + 1 < text.size()) {
-            ++i;
-        }
-        program += text[i];
-    }
-    program.replace(QStringLiteral("%%"), QStringLiteral("%"));
-    return QDir::isAbsolutePath(program) ? program : QString();
+    return programOf(parseDesktopEntry("[Desktop Entry]\nExec=" + line.toStdString()));
 }
 
 LoginItem::LoginItem(QString autostartFolder, QString programPath)
@@ -158,7 +120,7 @@ void LoginItem::repair() const {
     if (!stored || !isOn(*stored)) {
         return;
     }
-    const QString started = programOfExec(QString::fromUtf8(stored->value("Exec")));
+    const QString started = programOf(*stored);
     if (!started.isEmpty() && !QFileInfo::exists(started)) {
         report(write());
     }

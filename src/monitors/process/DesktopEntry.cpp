@@ -13,13 +13,14 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(0, text.find_last_not_of(" \t\r") + 1);
 }
 
-// "\s" and "\\" of a string value; other escapes cannot occur in icons and programs.
+// The escapes of a string value.
 std::string unescaped(std::string_view text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '\\' && i + 1 < text.size()) {
             ++i;
-            result += text[i] == 's' ? ' ' : text[i];
+            const char c = text[i];
+            result += c == 's' ? ' ' : c == 'n' ? '\n' : c == 't' ? '\t' : c == 'r' ? '\r' : c;
         } else {
             result += text[i];
         }
@@ -123,6 +124,8 @@ DesktopEntry parseDesktopEntry(std::string_view text) {
             entry.hidden = value == "true";
         } else if (key == "NoDisplay") {
             entry.noDisplay = value == "true";
+        } else if (key == "X-GNOME-Autostart-enabled") {
+            entry.autostart = value != "false";
         } else if (key == "Categories") {
             entry.terminal = value.find("TerminalEmulator") != std::string_view::npos;
         } else if (key == "Icon") {

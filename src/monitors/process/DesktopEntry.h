@@ -11,6 +11,7 @@ struct DesktopEntry {
     bool application = false;       // Type=Application
     bool hidden = false;            // Hidden=true: as if the file were not there
     bool noDisplay = false;         // not in menus
+    bool autostart = true;          // X-GNOME-Autostart-enabled, for an entry that starts at login
     bool terminal = false;          // a terminal emulator: what runs in it is not part of it
     std::string icon;               // theme name or absolute path
     std::vector<std::string> exec;  // the words of Exec
