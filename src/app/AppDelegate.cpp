@@ -62,7 +62,7 @@ void AppDelegate::didFinishLaunching() {
     if (services.isFirstRun) {
         showSettings();
     }
-    QTimer::singleShot(startIsOver, this, &giveBackMemory);
+    QTimer::singleShot(startIsOver, this, [this] { giveBackMemory(services.background); });
 }
 
 void AppDelegate::settingsChanged() {

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <memory>
 
+#include "core/Background.h"
+
 namespace vostel {
 
 namespace {
@@ -45,6 +47,16 @@ void dropCode() {
 void giveBackMemory() {
     malloc_trim(0);
     dropCode();
+}
+
+void giveBackMemory(Background& background) {
+    background.run(
+        nullptr,
+        [] {
+            giveBackMemory();
+            return true;
+        },
+        [](bool) {});
 }
 
 }  // namespace vostel

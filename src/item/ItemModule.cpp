@@ -24,7 +24,7 @@ ItemModule::ItemModule(AppContext& appContext, ItemIdentity identity,
     popoverRelease.setInterval(popoverKept);
     connect(&popoverRelease, &QTimer::timeout, this, [this] {
         popover.reset();
-        giveBackMemory();
+        giveBackMemory(context.background);
     });
 }
 

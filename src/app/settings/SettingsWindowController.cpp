@@ -53,9 +53,9 @@ void SettingsWindowController::windowClosed() {
     SettingsWindow* closing = window.release();
     connect(
         closing, &QObject::destroyed, this,
-        [] {
+        [this] {
             QPixmapCache::clear();
-            giveBackMemory();
+            giveBackMemory(services.background);
         },
         Qt::QueuedConnection);
     closing->deleteLater();
