@@ -36,56 +36,87 @@ QStringList gnomePage(MonitorTab tab) {
 struct Monitor {
     const char* desktop;  // part of XDG_CURRENT_DESKTOP
     const char* program;
+    const char* name;                   // as its desktop entry gives it
     PageOptions pageOptions = nullptr;  // null: it shows what it showed last
 };
 
 constexpr Monitor monitors[] = {
-    {"KDE", "plasma-systemmonitor", plasmaPage},
-    {"KDE", "ksysguard"},
-    {"GNOME", "gnome-system-monitor", gnomePage},
-    {"GNOME", "resources"},
-    {"GNOME", "gnome-usage"},
-    {"Unity", "gnome-system-monitor", gnomePage},
-    {"Cinnamon", "gnome-system-monitor", gnomePage},
-    {"MATE", "mate-system-monitor", gnomePage},
-    {"XFCE", "xfce4-taskmanager"},
-    {"LXQt", "qps"},
-    {"LXDE", "lxtask"},
-    {"Pantheon", "io.elementary.monitor"},
-    {"COSMIC", "missioncenter"},
+    {"KDE", "plasma-systemmonitor", "System Monitor", plasmaPage},
+    {"KDE", "ksysguard", "System Monitor"},
+    {"GNOME", "gnome-system-monitor", "System Monitor", gnomePage},
+    {"GNOME", "resources", "Resources"},
+    {"GNOME", "gnome-usage", "Usage"},
+    {"Unity", "gnome-system-monitor", "System Monitor", gnomePage},
+    {"Cinnamon", "gnome-system-monitor", "System Monitor", gnomePage},
+    {"MATE", "mate-system-monitor", "System Monitor", gnomePage},
+    {"XFCE", "xfce4-taskmanager", "Task Manager"},
+    {"LXQt", "qps", "qps"},
+    {"LXDE", "lxtask", "Task Manager"},
+    {"Pantheon", "io.elementary.monitor", "Monitor"},
+    {"COSMIC", "missioncenter", "Mission Center"},
 };
 
 constexpr const char* terminals[] = {
     "x-terminal-emulator", "konsole", "foot", "alacritty", "kitty", "wezterm", "xterm"};
 constexpr const char* textMonitors[] = {"btop", "htop", "top"};
 
-bool launch(const QString& program, const QStringList& arguments = {}) {
-    const QString path = QStandardPaths::findExecutable(program);
-    return !path.isEmpty() && QProcess::startDetached(path, arguments);
+// A monitor that is installed, and the command that opens it.
+struct Installed {
+    QString name;
+    QString program;  // a full path
+    QStringList arguments;
+};
+
+QString pathOf(const char* program) {
+    return QStandardPaths::findExecutable(QLatin1String(program));
 }
 
-}  // namespace
-
-bool openActivityMonitor(std::optional<MonitorTab> tab) {
+std::optional<Installed> windowMonitor(std::optional<MonitorTab> tab) {
     const QString desktop = qEnvironmentVariable("XDG_CURRENT_DESKTOP");
     for (const bool ofThisDesktop : {true, false}) {
         for (const Monitor& monitor : monitors) {
             const bool matches =
                 desktop.contains(QLatin1String(monitor.desktop), Qt::CaseInsensitive);
-            const QStringList options =
-                tab && monitor.pageOptions != nullptr ? monitor.pageOptions(*tab) : QStringList();
-            if (matches == ofThisDesktop && launch(QLatin1String(monitor.program), options)) {
-                return true;
+            const QString path = matches == ofThisDesktop ? pathOf(monitor.program) : QString();
+            if (!path.isEmpty()) {
+                return Installed{QLatin1String(monitor.name), path,
+                                 tab && monitor.pageOptions != nullptr ? monitor.pageOptions(*tab)
+                                                                       : QStringList()};
             }
         }
     }
+    return std::nullopt;
+}
+
+std::optional<Installed> textMonitor() {
     for (const char* monitor : textMonitors) {
-        const QString path = QStandardPaths::findExecutable(QLatin1String(monitor));
+        const QString path = pathOf(monitor);
         for (const char* terminal : terminals) {
-            if (!path.isEmpty() && launch(QLatin1String(terminal), {QStringLiteral("-e"), path})) {
-                return true;
+            const QString window = path.isEmpty() ? QString() : pathOf(terminal);
+            if (!window.isEmpty()) {
+                return Installed{QLatin1String(monitor), window, {QStringLiteral("-e"), path}};
             }
         }
+    }
+    return std::nullopt;
+}
+
+std::optional<Installed> installedMonitor(std::optional<MonitorTab> tab) {
+    const std::optional<Installed> monitor = windowMonitor(tab);
+    return monitor ? monitor : textMonitor();
+}
+
+}  // namespace
+
+QString activityMonitorName() {
+    const std::optional<Installed> monitor = installedMonitor(std::nullopt);
+    return monitor ? monitor->name : QString();
+}
+
+bool openActivityMonitor(std::optional<MonitorTab> tab) {
+    const std::optional<Installed> monitor = installedMonitor(tab);
+    if (monitor && QProcess::startDetached(monitor->program, monitor->arguments)) {
+        return true;
     }
     logLine(QStringLiteral("no system monitor found to open"));
     return false;

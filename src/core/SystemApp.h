@@ -9,6 +9,10 @@ namespace vostel::SystemApp {
 // What a system monitor should come up with.
 enum class MonitorTab { CPU, Memory, Energy, Disk, Network };
 
+// The name of the system monitor that openActivityMonitor() would open, as its users know it
+// ("System Monitor", "Task Manager", "htop"). Empty when none is installed. Looks through PATH.
+QString activityMonitorName();
+
 // Opens the desktop's own system monitor: the current desktop's first, then any that is installed,
 // then a terminal with btop, htop or top. False when none is there. With a tab it shows the page
 // that fits best, where it can be told so.

@@ -3,6 +3,7 @@
 #include <QHBoxLayout>
 #include <QPainter>
 
+#include "core/SystemApp.h"
 #include "ui/ActionButton.h"
 #include "ui/Theme.h"
 
@@ -19,8 +20,8 @@ FooterButtons::FooterButtons(bool withMonitor, QWidget* parent) : QWidget(parent
     row->setContentsMargins(inset, 5, inset, 5);
     row->setSpacing(4);
     if (withMonitor) {
-        auto* monitor = new ActionButton(QStringLiteral("chart.bar.xaxis"),
-                                         tr("Open in Activity Monitor"), true, this);
+        monitor = new ActionButton(QStringLiteral("chart.bar.xaxis"), QString(), true, this);
+        nameMonitor();
         connect(monitor, &QAbstractButton::clicked, this, &FooterButtons::monitorRequested);
         row->addWidget(monitor);
     }
@@ -28,6 +29,23 @@ FooterButtons::FooterButtons(bool withMonitor, QWidget* parent) : QWidget(parent
     auto* settings = new ActionButton(QStringLiteral("gearshape"), tr("Settings"), true, this);
     connect(settings, &QAbstractButton::clicked, this, &FooterButtons::settingsRequested);
     row->addWidget(settings);
+}
+
+// One may have been installed or removed since the popover was last open.
+void FooterButtons::showEvent(QShowEvent* event) {
+    if (monitor != nullptr) {
+        nameMonitor();
+    }
+    QWidget::showEvent(event);
+}
+
+void FooterButtons::nameMonitor() {
+    const QString name = SystemApp::activityMonitorName();
+    monitor->setName(tr("Open in %1").arg(name.isEmpty() ? tr("System Monitor") : name));
+    monitor->setEnabled(!name.isEmpty());
+    if (name.isEmpty()) {
+        monitor->setToolTip(tr("No system monitor is installed."));
+    }
 }
 
 void FooterButtons::paintEvent(QPaintEvent*) {

@@ -4,7 +4,10 @@
 
 namespace vostel {
 
-// "Open in Activity Monitor" and "Settings", under a dividing line.
+class ActionButton;
+
+// "Open in System Monitor", by the name of the monitor that is installed, and "Settings", under a
+// dividing line. Where no monitor is installed its button is disabled and says so.
 class FooterButtons : public QWidget {
     Q_OBJECT
 
@@ -16,7 +19,13 @@ class FooterButtons : public QWidget {
     void settingsRequested();
 
   protected:
+    void showEvent(QShowEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+
+  private:
+    void nameMonitor();
+
+    ActionButton* monitor = nullptr;  // null without a monitor button
 };
 
 }  // namespace vostel

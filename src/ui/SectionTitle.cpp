@@ -36,6 +36,10 @@ void SectionTitle::setNote(const QString& value) {
     }
 }
 
+void SectionTitle::setCapitals(bool on) {
+    assign(capitals, on);
+}
+
 QSize SectionTitle::sizeHint() const {
     return {200, gapAbove + gapBelow + QFontMetrics(styled(font(), TextStyle::Section)).height()};
 }
@@ -57,7 +61,7 @@ void SectionTitle::paintEvent(QPaintEvent*) {
         FigureText::draw(painter, row.adjusted(row.width() - width, 0, 0, 0), noteFont, note);
         row.setRight(row.right() - width - 8);
     }
-    FigureText::draw(painter, row, titleFont, text, Qt::AlignLeft);
+    FigureText::draw(painter, row, titleFont, capitals ? text.toUpper() : text, Qt::AlignLeft);
 }
 
 }  // namespace vostel

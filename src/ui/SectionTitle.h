@@ -5,8 +5,7 @@
 namespace vostel {
 
 // A small quiet title over a group, with an optional symbol before it and an optional note at the
-// right edge. The text is shown as
-// it is given ("TOP APPS", "PERFORMANCE (8)").
+// right edge. Drawn in capitals, as all titles of a popover are, unless setCapitals(false).
 class SectionTitle : public Piece {
     Q_OBJECT
 
@@ -16,6 +15,7 @@ class SectionTitle : public Piece {
     void setText(const QString& text);
     void setSymbol(const QString& name);
     void setNote(const QString& text);
+    void setCapitals(bool on);
 
     QSize sizeHint() const override;
 
@@ -26,6 +26,7 @@ class SectionTitle : public Piece {
     QString text;
     QString symbol;
     QString note;
+    bool capitals = true;
 };
 
 }  // namespace vostel

@@ -142,8 +142,7 @@ void GeneralSettingsPanel::addAboutSection(AppContext& context) {
     about->setHint(QStringLiteral("Version " VOSTEL_VERSION "\nMenu-bar system & usage monitor"));
     addRow(about);
     addNote(QStringLiteral(
-        "Toggle modules on/off in the sidebar. ⌘-drag a menu-bar item to reorder it."));
-    addNote(QStringLiteral("The ⌘ key is Ctrl here."));
+        "Toggle modules on/off in the sidebar. Ctrl-drag a menu-bar item to reorder it."));
 }
 
 }  // namespace vostel

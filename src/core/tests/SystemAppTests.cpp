@@ -74,6 +74,7 @@ class ActivityMonitorTest : public testing::Test {
         qputenv("PATH", folder.path().toUtf8());
         qputenv("XDG_CURRENT_DESKTOP", desktop);
         QFile result(folder.filePath(QStringLiteral("started")));
+        name = SystemApp::activityMonitorName();
         if (!SystemApp::openActivityMonitor(tab)) {
             return QStringLiteral("none");
         }
@@ -83,6 +84,8 @@ class ActivityMonitorTest : public testing::Test {
             .replace(folder.path(), QStringLiteral("DIR"))
             .trimmed();
     }
+
+    QString name;  // of the monitor that was started last
 
   private:
     QByteArray path;
@@ -100,24 +103,47 @@ TEST_F(ActivityMonitorTest, comesUpWithTheWantedPage) {
         const char* desktop;
         std::optional<MonitorTab> tab;
         const char* started;
+        const char* name;
     } rows[] = {
-        {{plasma, gnome}, "KDE", MonitorTab::CPU, "plasma-systemmonitor --page-name Processes"},
-        {{plasma, gnome}, "KDE", MonitorTab::Network, "plasma-systemmonitor --page-name Overview"},
+        {{plasma, gnome},
+         "KDE",
+         MonitorTab::CPU,
+         "plasma-systemmonitor --page-name Processes",
+         "System Monitor"},
+        {{plasma, gnome},
+         "KDE",
+         MonitorTab::Network,
+         "plasma-systemmonitor --page-name Overview",
+         "System Monitor"},
         {{plasma, gnome},
          "ubuntu:GNOME",
          MonitorTab::Memory,
-         "gnome-system-monitor --show-processes-tab"},
-        {{gnome}, "GNOME", MonitorTab::Network, "gnome-system-monitor --show-resources-tab"},
-        {{gnome}, "GNOME", MonitorTab::Disk, "gnome-system-monitor --show-file-systems-tab"},
-        {{gnome}, "GNOME", std::nullopt, "gnome-system-monitor"},
-        {{mate}, "", MonitorTab::Energy, "mate-system-monitor --show-processes-tab"},
-        {{xfce, gnome}, "XFCE", MonitorTab::CPU, "xfce4-taskmanager"},
-        {{xterm, htop}, "KDE", MonitorTab::CPU, "xterm -e DIR/htop"},
-        {{htop}, "KDE", MonitorTab::CPU, "none"},
+         "gnome-system-monitor --show-processes-tab",
+         "System Monitor"},
+        {{gnome},
+         "GNOME",
+         MonitorTab::Network,
+         "gnome-system-monitor --show-resources-tab",
+         "System Monitor"},
+        {{gnome},
+         "GNOME",
+         MonitorTab::Disk,
+         "gnome-system-monitor --show-file-systems-tab",
+         "System Monitor"},
+        {{gnome}, "GNOME", std::nullopt, "gnome-system-monitor", "System Monitor"},
+        {{mate},
+         "",
+         MonitorTab::Energy,
+         "mate-system-monitor --show-processes-tab",
+         "System Monitor"},
+        {{xfce, gnome}, "XFCE", MonitorTab::CPU, "xfce4-taskmanager", "Task Manager"},
+        {{xterm, htop}, "KDE", MonitorTab::CPU, "xterm -e DIR/htop", "htop"},
+        {{htop}, "KDE", MonitorTab::CPU, "none", ""},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(started(row.installed, row.desktop, row.tab), QLatin1String(row.started))
             << row.desktop;
+        EXPECT_EQ(name, QLatin1String(row.name)) << row.started;
     }
 }
 

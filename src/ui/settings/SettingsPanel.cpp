@@ -70,6 +70,7 @@ void SettingsPanel::addSection(const QString& title, const QString& note) {
         sectionNames << title;
         auto* heading = new SectionTitle(title);
         heading->setNote(note);
+        heading->setCapitals(false);
         column->addWidget(heading);
     }
     card = nullptr;

@@ -15,6 +15,7 @@
 #include "ui/NoteLine.h"
 #include "ui/ProcessList.h"
 #include "ui/Theme.h"
+#include "ui/tests/StandInMonitor.h"
 
 namespace vostel {
 namespace {
@@ -153,7 +154,30 @@ TEST(BarMeter, manyBarsWrapIntoRows) {
     EXPECT_EQ(bars, 256);
 }
 
+// Catches a button that opens nothing, or one that is called by another system's name.
+TEST(FooterButtons, nameTheMonitorThatIsInstalled) {
+    FooterButtons footer;
+    auto* button = footer.findChildren<QAbstractButton*>().value(0);
+    ASSERT_NE(button, nullptr);
+    {
+        const StandInMonitor installed;
+        footer.show();
+        EXPECT_EQ(button->text(), QStringLiteral("Open in Task Manager"));
+        EXPECT_TRUE(button->isEnabled());
+        EXPECT_EQ(button->toolTip(), QString());
+    }
+    footer.hide();
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", "/nowhere");
+    footer.show();
+    EXPECT_EQ(button->accessibleName(), QStringLiteral("Open in System Monitor"));
+    EXPECT_FALSE(button->isEnabled());
+    EXPECT_EQ(button->toolTip(), QStringLiteral("No system monitor is installed."));
+    qputenv("PATH", path);
+}
+
 TEST(FooterButtons, areReachedAndPressedWithTheKeyboard) {
+    const StandInMonitor installed;
     FooterButtons footer;
     QSignalSpy monitor(&footer, &FooterButtons::monitorRequested);
     QSignalSpy settings(&footer, &FooterButtons::settingsRequested);

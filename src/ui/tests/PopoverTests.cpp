@@ -13,6 +13,7 @@
 #include "ui/NoteLine.h"
 #include "ui/Popover.h"
 #include "ui/PopoverPlacement.h"
+#include "ui/tests/StandInMonitor.h"
 
 namespace vostel {
 namespace {
@@ -89,6 +90,7 @@ TEST(PopoverPlacement, staysOnTheScreenBesideItsItem) {
 }
 
 struct Opened {
+    StandInMonitor installed;
     Popover popover{QStringLiteral("Test")};
     QSignalSpy shown{&popover, &Popover::aboutToShow};
     QSignalSpy closed{&popover, &Popover::closed};
@@ -156,7 +158,7 @@ TEST(Popover, aPressInsideKeepsItOpenAndTabReachesTheButtons) {
     QTest::keyClick(&test.popover, Qt::Key_Tab);
     const auto* first = qobject_cast<QAbstractButton*>(test.popover.focusWidget());
     ASSERT_NE(first, nullptr);
-    EXPECT_EQ(first->accessibleName(), QStringLiteral("Open in Activity Monitor"));
+    EXPECT_EQ(first->accessibleName(), QStringLiteral("Open in Task Manager"));
     QTest::keyClick(&test.popover, Qt::Key_Tab);
     EXPECT_NE(test.popover.focusWidget(), first);
 }
