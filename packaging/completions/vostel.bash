@@ -46,7 +46,7 @@ _vostel() {
     fi
     ((COMP_CWORD > 1)) || command=
     case $command in
-        snapshot) options="--out= --module= --scale= --appearance= --help" ;;
+        snapshot) options="--out= --module= --scale= --appearance= --after= --help" ;;
         status) options="--json --help" ;;
         export) options="--help" ;;
         import) options="--yes --help" ;;

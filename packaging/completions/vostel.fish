@@ -18,6 +18,7 @@ complete -c vostel -n '__fish_seen_subcommand_from snapshot' -l out -x -a '(__fi
 complete -c vostel -n '__fish_seen_subcommand_from snapshot' -l module -x -a 'network cpu memory gpu combined' -d 'Only this item'
 complete -c vostel -n '__fish_seen_subcommand_from snapshot' -l scale -x -a '1 1.25 1.5 2 3 4' -d 'Device pixels for each point'
 complete -c vostel -n '__fish_seen_subcommand_from snapshot' -l appearance -x -a 'dark light' -d 'Dark or light, instead of both'
+complete -c vostel -n '__fish_seen_subcommand_from snapshot' -l after -x -a '3.5 60' -d 'Seconds to gather values first'
 
 complete -c vostel -n '__fish_seen_subcommand_from status' -l json -d 'As one JSON object'
 

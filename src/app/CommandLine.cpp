@@ -37,10 +37,11 @@ constexpr const char* snapshotHelp = R"(Usage: vostel snapshot --out=DIR [option
 Writes the bar, every item, every popover and every settings panel as PNG, from live data.
 
 Options:
-  --out=DIR            an existing folder to write into
+  --out=DIR            the folder to write into; it is made when it is not there
   --module=ID          only this item
   --scale=N            device pixels per point, 0.5 to 4 (default 1)
   --appearance=WHICH   dark or light (default: both)
+  --after=SECONDS      how long to gather values first, 1 to 600 (default 3.5); 60 fill the graphs
   --help               print this text)";
 
 constexpr const char* statusHelp = R"(Usage: vostel status [--json]
@@ -91,7 +92,7 @@ void addOptions(QCommandLineParser& parser, CommandLine::Command command) {
             add("image", true);
             break;
         case CommandLine::Command::Snapshot:
-            for (const char* name : {"out", "module", "scale", "appearance"}) {
+            for (const char* name : {"out", "module", "scale", "appearance", "after"}) {
                 add(name, true);
             }
             break;
@@ -106,6 +107,17 @@ void addOptions(QCommandLineParser& parser, CommandLine::Command command) {
     }
 }
 
+// Leaves `value` alone when the option is not given; false when it is no number from min to max.
+bool readNumber(const QCommandLineParser& parser, const char* name, double& value, double min,
+                double max) {
+    if (!parser.isSet(QLatin1String(name))) {
+        return true;
+    }
+    bool isNumber = false;
+    value = parser.value(QLatin1String(name)).toDouble(&isNumber);
+    return isNumber && value >= min && value <= max;
+}
+
 CommandLine readSnapshot(CommandLine result, const QCommandLineParser& parser,
                          const QStringList& moduleIds) {
     result.outFolder = parser.value(QStringLiteral("out"));
@@ -114,19 +126,21 @@ CommandLine readSnapshot(CommandLine result, const QCommandLineParser& parser,
         return failed(result, QStringLiteral("snapshot needs --out=DIR"));
     }
     const QFileInfo folder(result.outFolder);
-    if (!folder.isDir() || !folder.isWritable()) {
+    if (folder.exists() && (!folder.isDir() || !folder.isWritable())) {
         return failed(result, QStringLiteral("no folder to write into: %1").arg(result.outFolder));
     }
     if (parser.isSet(QStringLiteral("module")) && !moduleIds.contains(result.module)) {
         return failed(result, QStringLiteral("unknown module: %1 (known: %2)")
                                   .arg(result.module, moduleIds.join(QStringLiteral(", "))));
     }
-    if (parser.isSet(QStringLiteral("scale"))) {
-        const QString text = parser.value(QStringLiteral("scale"));
-        bool isNumber = false;
-        result.scale = text.toDouble(&isNumber);
-        if (!isNumber || !(result.scale >= 0.5) || !(result.scale <= 4)) {
-            return failed(result, QStringLiteral("scale must be 0.5 to 4, not %1").arg(text));
+    for (const auto& [name, value, min, max] : {std::tuple{"scale", &result.scale, 0.5, 4.0},
+                                                std::tuple{"after", &result.after, 1.0, 600.0}}) {
+        if (!readNumber(parser, name, *value, min, max)) {
+            return failed(result, QStringLiteral("%1 must be %2 to %3, not %4")
+                                      .arg(QLatin1String(name))
+                                      .arg(min)
+                                      .arg(max)
+                                      .arg(parser.value(QLatin1String(name))));
         }
     }
     const QString appearance = parser.value(QStringLiteral("appearance"));

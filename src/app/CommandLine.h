@@ -25,6 +25,7 @@ struct CommandLine {
     QString outFolder;           // snapshot --out
     QString module;              // snapshot --module; empty: all
     double scale = 1;            // snapshot --scale, 0.5 ... 4
+    double after = 3.5;          // snapshot --after, seconds, 1 ... 600
     std::optional<Appearance> appearance;  // snapshot --appearance; none: both
     bool json = false;                     // status --json
     QString file;                          // export, import; "-": standard output or input

@@ -19,9 +19,6 @@ namespace vostel {
 
 namespace {
 
-// Long enough for rates, a piece of history and the list of processes.
-constexpr int livingMilliseconds = 3500;
-
 class Snapshot {
   public:
     Snapshot(const CommandLine& asked, AppDelegate& appDelegate, OffscreenBar& offscreenBar)
@@ -119,6 +116,10 @@ class Snapshot {
 int runSnapshot(const CommandLine& commandLine, int& argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
+    if (!QDir().mkpath(commandLine.outFolder)) {
+        logLine(QStringLiteral("cannot make the folder %1").arg(commandLine.outFolder));
+        return 2;
+    }
     AppServices services(makeLinuxPlatform(SystemRoots::ofThisMachine()), settingsFilePath(),
                          DefaultsStore::Access::ReadOnly);
     ItemOrder order(services.defaults, itemNames());
@@ -130,7 +131,7 @@ int runSnapshot(const CommandLine& commandLine, int& argc, char** argv) {
     }
     Snapshot snapshot(commandLine, delegate, bar);
     snapshot.begin();
-    QTimer::singleShot(livingMilliseconds, &application,
+    QTimer::singleShot(static_cast<int>(commandLine.after * 1000), &application,
                        [&] { QCoreApplication::exit(snapshot.writeAll() ? 0 : 1); });
     return QApplication::exec();
 }

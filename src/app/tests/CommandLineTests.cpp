@@ -27,7 +27,9 @@ TEST(CommandLineTest, MistakesEndInOneLineAndStatusTwo) {
              "--bar=dock extra",
              "--bar=",
              "snapshot",
-             "snapshot --out=/no/such/folder",
+             "snapshot --out=/etc/passwd",
+             "snapshot --out=/tmp --after=0",
+             "snapshot --out=/tmp --after=1e9",
              "snapshot --out=/tmp --scale=0",
              "snapshot --out=/tmp --scale=big",
              "snapshot --out=/tmp --scale=nan",
@@ -63,9 +65,11 @@ TEST(CommandLineTest, WhatIsAskedForIsUnderstood) {
     EXPECT_EQ(parse(QStringLiteral("--bar=offscreen --image=/tmp/x.png")).bar, BarKind::Offscreen);
     EXPECT_EQ(parse(QStringLiteral("--bar tray")).bar, BarKind::Tray);
     const CommandLine snapshot =
-        parse(QStringLiteral("snapshot --out /tmp --module cpu --scale 1.25 --appearance light"));
+        parse(QStringLiteral("snapshot --out /tmp --module cpu --scale 1.25 --appearance light "
+                             "--after 60"));
     EXPECT_TRUE(snapshot.message.isEmpty());
     EXPECT_EQ(snapshot.scale, 1.25);
+    EXPECT_EQ(snapshot.after, 60);
     EXPECT_EQ(snapshot.module, QStringLiteral("cpu"));
     EXPECT_EQ(snapshot.appearance, Appearance::Light);
     EXPECT_TRUE(parse(QStringLiteral("status --json")).json);
