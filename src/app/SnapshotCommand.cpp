@@ -5,6 +5,8 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QIcon>
+#include <QStandardPaths>
 #include <QTimer>
 
 #include "app/AppDelegate.h"
@@ -18,6 +20,16 @@
 namespace vostel {
 
 namespace {
+
+// The off-screen platform knows of no icon themes; the programs in the pictures have icons.
+void findIconThemes() {
+    QStringList folders = QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation);
+    for (QString& folder : folders) {
+        folder += QStringLiteral("/icons");
+    }
+    QIcon::setThemeSearchPaths(folders);
+    QIcon::setThemeName(QStringLiteral("hicolor"));
+}
 
 class Snapshot {
   public:
@@ -116,6 +128,7 @@ class Snapshot {
 int runSnapshot(const CommandLine& commandLine, int& argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
+    findIconThemes();
     if (!QDir().mkpath(commandLine.outFolder)) {
         logLine(QStringLiteral("cannot make the folder %1").arg(commandLine.outFolder));
         return 2;

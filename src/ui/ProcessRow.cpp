@@ -44,7 +44,9 @@ void ProcessRow::paintEvent(QPaintEvent*) {
     if (entry.icon.isNull()) {
         drawSymbol(painter, iconBox, QStringLiteral("app.dashed"), iconSize, theme.secondary);
     } else {
-        entry.icon.paint(&painter, iconBox);
+        // In a picture of the popover the painter's scale is not that of the screen.
+        const QPixmap pixmap = entry.icon.pixmap(iconBox.size(), painter.deviceTransform().m11());
+        painter.drawPixmap(iconBox, pixmap);
     }
     double right = width();
     for (std::size_t i = entry.values.size(); i-- > 0;) {

@@ -154,6 +154,25 @@ TEST(BarMeter, manyBarsWrapIntoRows) {
     EXPECT_EQ(bars, 256);
 }
 
+// Catches an icon of 16 pixels drawn large in a picture at scale 2.
+TEST(ProcessRow, drawsItsIconAtThePaintersScale) {
+    QIcon icon;
+    for (const auto& [size, color] : {std::pair(16, Qt::red), std::pair(32, Qt::green)}) {
+        QPixmap pixmap(size, size);
+        pixmap.fill(color);
+        icon.addPixmap(pixmap);
+    }
+    ProcessRow row;
+    row.setEntry({QStringLiteral("chromium"), icon, {}, {}});
+    row.resize(200, 24);
+    for (const auto& [scale, color] : {std::pair(1, Qt::red), std::pair(2, Qt::green)}) {
+        QImage image(row.size() * scale, QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(scale);
+        row.render(&image);
+        EXPECT_EQ(image.pixelColor(8 * scale, 12 * scale), QColor(color)) << scale;
+    }
+}
+
 // Catches a button that opens nothing, or one that is called by another system's name.
 TEST(FooterButtons, nameTheMonitorThatIsInstalled) {
     FooterButtons footer;
