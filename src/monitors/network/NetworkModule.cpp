@@ -55,7 +55,6 @@ void NetworkModule::willStop() {
     settingsSubscription = {};
     tailscaleTimer.reset();
     wanTimer.reset();
-    ++wanRequest;
     stopProcessMonitor();
 }
 
@@ -70,23 +69,29 @@ void NetworkModule::startBackgroundProbes() {
 }
 
 void NetworkModule::refreshTailscale() {
+    if (std::exchange(tailscaleInFlight, true)) {
+        return;
+    }
     outside.fetchTailscale(this, [this](std::optional<TailscaleStatus> status) {
+        tailscaleInFlight = false;
         model.tailscale = std::move(status);
     });
 }
 
 void NetworkModule::refreshWAN() {
-    if (!settings.lookUpWAN()) {
+    if (!settings.lookUpWAN() || std::exchange(wanInFlight, true)) {
         return;
     }
-    outside.fetchWAN(this, [this, request = ++wanRequest](std::optional<QString> address) {
-        if (request == wanRequest) {
+    outside.fetchWAN(this, [this](std::optional<QString> address) {
+        wanInFlight = false;
+        if (model.looksUpWAN.value()) {
             model.wanIP = std::move(address);
         }
     });
 }
 
-// The choice takes effect at once: off forgets the address and the request under way.
+// The choice takes effect at once: off forgets the address, and the answer under way if it comes
+// before the choice is taken back.
 void NetworkModule::applyLookUp() {
     const bool wanted = settings.lookUpWAN();
     if (wanted == model.looksUpWAN.value()) {
@@ -96,7 +101,6 @@ void NetworkModule::applyLookUp() {
     if (wanted) {
         refreshWAN();
     } else {
-        ++wanRequest;
         model.wanIP = std::nullopt;
     }
 }
