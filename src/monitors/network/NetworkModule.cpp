@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/GlobalSettings.h"
+#include "core/Log.h"
 #include "monitors/network/InterfaceInfo.h"
 #include "monitors/network/NetworkImage.h"
 #include "monitors/network/NetworkPopover.h"
@@ -153,6 +154,7 @@ void NetworkModule::startProcessMonitor() {
             model.sight = sight;
         }
         model.topApps = usage;
+        noteTrafficState(processMonitor->state());
     };
     processMonitor->start();
 }
@@ -160,6 +162,18 @@ void NetworkModule::startProcessMonitor() {
 void NetworkModule::stopProcessMonitor() {
     processMonitor.reset();
     model.topApps = std::vector<AppUsage>();
+    model.trafficState = TrafficState::waiting;
+}
+
+// A trouble is logged once, not with every new try.
+void NetworkModule::noteTrafficState(TrafficState state) {
+    if (state != model.trafficState.value() && state == TrafficState::silent) {
+        logLine(QStringLiteral("the traffic helper gives no readings; it is started again"));
+    } else if (state != model.trafficState.value() && state == TrafficState::missing) {
+        logLine(QStringLiteral("cannot start the traffic helper %1")
+                    .arg(QString::fromStdString(outside.traffic.helper)));
+    }
+    model.trafficState = state;
 }
 
 std::optional<StatusImage> NetworkModule::menubarImage(const ImageContext& imageContext) {

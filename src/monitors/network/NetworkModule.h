@@ -44,6 +44,7 @@ class NetworkModule : public ItemModule {
     void applyLookUp();
     void startProcessMonitor();
     void stopProcessMonitor();
+    void noteTrafficState(TrafficState state);
     void publish();
 
     NetworkSettings& settings;

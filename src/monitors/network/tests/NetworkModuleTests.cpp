@@ -178,6 +178,22 @@ TEST_F(NetworkModuleTest, ProcessesAreWatchedOnlyWhileSomebodyLooks) {
     EXPECT_EQ(runningHelpers(), 0);
 }
 
+TEST_F(NetworkModuleTest, AHelperThatHangsIsToldInThePopoverAndOnceInTheLog) {
+    outside.traffic.silenceSeconds = outside.traffic.restartSeconds = 0.1;
+    start();
+    testing::internal::CaptureStderr();
+    module->detailPopoverWillShow();
+    const auto& state = module->viewModel().trafficState;
+    EXPECT_EQ(state.value(), TrafficState::waiting);
+    EXPECT_TRUE(waitFor([&] { return state.value() == TrafficState::silent; }));
+    EXPECT_TRUE(waitFor([&] { return helpers().size() >= 3; })) << "nothing comes in its place";
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+    module->detailPopoverDidClose();
+    EXPECT_EQ(state.value(), TrafficState::waiting);
+    EXPECT_EQ(runningHelpers(), 0);
+}
+
 TEST_F(NetworkModuleTest, ProbesAreAskedAtStartAndOnTheirTimers) {
     start();
     EXPECT_EQ(wanRequests.size(), 1u);
