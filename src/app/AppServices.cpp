@@ -3,12 +3,16 @@
 #include <unistd.h>
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 #include "app/ModuleTable.h"
 #include "app/updates/AppcastUpdater.h"
 #include "core/FirstRunDefaults.h"
+#include "core/Log.h"
 #include "core/Notifier.h"
+#include "platform/PrivateFolder.h"
 
 namespace vostel {
 
@@ -28,6 +32,34 @@ bool seedFirstRun(DefaultsStore& store) {
     store.set(launchedKey, true);
     return true;
 }
+
+// Chosen once: a new folder must not be another one for each who asks.
+struct RuntimeFolder {
+    RuntimeFolder() {
+        const QString given = qEnvironmentVariable("XDG_RUNTIME_DIR");
+        if (isPrivateFolder(QFile::encodeName(given).toStdString())) {
+            path = given;
+            return;
+        }
+        const QString own = QDir::tempPath() + QStringLiteral("/vostel-%1").arg(getuid());
+        const auto made = makePrivateFolder(QFile::encodeName(own).toStdString());
+        // Where no folder is to be had, nothing is written at all.
+        path = made ? QFile::decodeName(made->c_str()) : QStringLiteral("/nonexistent");
+        isNew = made && path != own;
+        if (isNew || QFileInfo::exists(given)) {
+            logLine(QStringLiteral("%1 is not this user's alone; using %2")
+                        .arg(QFileInfo::exists(given) ? given : own, path));
+        }
+    }
+    ~RuntimeFolder() {
+        if (isNew) {
+            QDir(path).removeRecursively();
+        }
+    }
+
+    QString path;
+    bool isNew = false;
+};
 
 }  // namespace
 
@@ -87,14 +119,8 @@ QString settingsFilePath() {
 }
 
 QString runtimeFolder() {
-    const QString given = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    if (QDir(given).isAbsolute() && QDir(given).exists()) {
-        return given;
-    }
-    const QString own = QDir::tempPath() + QStringLiteral("/vostel-%1").arg(getuid());
-    QDir().mkdir(own);
-    QFile::setPermissions(own, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    return own;
+    static const RuntimeFolder folder;
+    return folder.path;
 }
 
 }  // namespace vostel

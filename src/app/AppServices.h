@@ -65,7 +65,9 @@ class ItemOrder : public ItemOrderStore {
 // The path of the settings file: $XDG_CONFIG_HOME/vostel/com.vostel.app.plist.
 QString settingsFilePath();
 
-// $XDG_RUNTIME_DIR, or a folder of the user's own in the temporary folder, made when missing.
+// $XDG_RUNTIME_DIR, else the folder "vostel-UID" in the temporary folder, made when missing, else a
+// new one beside that, which goes with the program. Always one of this user alone
+// (isPrivateFolder); what is not is left untouched and named on the log. The same with every call.
 QString runtimeFolder();
 
 }  // namespace vostel

@@ -1,6 +1,6 @@
 #include "app/BatteryWatch.h"
 
-#include <QDBusMessage>
+#include <QDBusArgument>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
@@ -18,13 +18,24 @@ const QString key = QStringLiteral("OnBattery");
 
 BatteryWatch::BatteryWatch(const QDBusConnection& connection, std::function<void(bool)> call)
     : bus(connection), changed(std::move(call)) {
-    bus.connect({}, path, properties, QStringLiteral("PropertiesChanged"), this,
-                SLOT(propertiesChanged(QString, QVariantMap, QStringList)));
+    // Subscribed without a sender: to resolve a well-known name here would wait for the bus. Who
+    // sent a signal is looked at when it comes.
+    bus.connect({}, path, properties, QStringLiteral("PropertiesChanged"), {service}, QString(),
+                this, SLOT(propertiesChanged(QDBusMessage)));
     auto* watcher =
         new QDBusServiceWatcher(service, bus, QDBusServiceWatcher::WatchForOwnerChange, this);
-    connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &BatteryWatch::read);
-    connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] { take(false); });
+    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString&, const QString&, const QString& next) { ownerChanged(next); });
     read();
+}
+
+void BatteryWatch::ownerChanged(const QString& newOwner) {
+    owner = newOwner;
+    if (owner.isEmpty()) {
+        take(false);
+    } else {
+        read();
+    }
 }
 
 void BatteryWatch::read() {
@@ -35,17 +46,25 @@ void BatteryWatch::read() {
     connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
         pending->deleteLater();
         const QDBusPendingReply<QDBusVariant> reply = *pending;
-        if (reply.isValid()) {
+        // The bus hands a call on to the name's owner: whoever answers is that. An answer of the
+        // owner before this one comes too late.
+        const QString sender = reply.reply().service();
+        if (reply.isValid() && (owner.isEmpty() || owner == sender)) {
+            owner = sender;
             take(reply.value().variant());
         }
     });
 }
 
-void BatteryWatch::propertiesChanged(const QString& interface, const QVariantMap& values,
-                                     const QStringList& invalidated) {
-    if (interface == service && values.contains(key)) {
+void BatteryWatch::propertiesChanged(const QDBusMessage& message) {
+    const QVariantList arguments = message.arguments();
+    if (owner.isEmpty() || message.service() != owner || arguments.size() != 3) {
+        return;
+    }
+    const auto values = qdbus_cast<QVariantMap>(arguments[1]);
+    if (values.contains(key)) {
         take(values.value(key));
-    } else if (interface == service && invalidated.contains(key)) {
+    } else if (arguments[2].toStringList().contains(key)) {
         read();
     }
 }

@@ -4,13 +4,15 @@
 #include <optional>
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QObject>
-#include <QVariantMap>
+#include <QVariant>
 
 namespace vostel {
 
-// Whether the machine runs on its battery, as the desktop's power service tells it. Nothing is
-// polled; without the service the machine counts as plugged in.
+// Whether the machine runs on its battery, as the desktop's power service tells it: the owner of
+// the bus name org.freedesktop.UPower, and nobody else. Nothing is polled; without the service the
+// machine counts as plugged in.
 class BatteryWatch : public QObject {
     Q_OBJECT
 
@@ -21,15 +23,16 @@ class BatteryWatch : public QObject {
     bool isOnBattery() const { return onBattery; }
 
   private Q_SLOTS:
-    void propertiesChanged(const QString& interface, const QVariantMap& values,
-                           const QStringList& invalidated);
+    void propertiesChanged(const QDBusMessage& message);
 
   private:
+    void ownerChanged(const QString& newOwner);
     void read();
     void take(const QVariant& value);
 
     QDBusConnection bus;
     std::function<void(bool)> changed;
+    QString owner;  // unique bus name of the service; empty: not there, or not heard of yet
     bool onBattery = false;
 };
 

@@ -38,7 +38,7 @@ bool isAnswer(const QDBusMessage& message) {
 bool isOf(int descriptor, const QByteArray& path) {
     struct stat open {};
     struct stat there {};
-    return fstat(descriptor, &open) == 0 && stat(path.constData(), &there) == 0 &&
+    return fstat(descriptor, &open) == 0 && lstat(path.constData(), &there) == 0 &&
            open.st_dev == there.st_dev && open.st_ino == there.st_ino;
 }
 
@@ -60,7 +60,8 @@ bool SingleInstance::acquire(int inherited) {
         }
         release();
     }
-    descriptor = open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    descriptor =
+        open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (descriptor < 0) {
         logLine(QStringLiteral("cannot make the lock %1: %2; a second start will not be noticed")
                     .arg(path, QString::fromLocal8Bit(std::strerror(errno))));

@@ -13,6 +13,7 @@
 #include "app/ModuleTable.h"
 #include "core/Log.h"
 #include "item/ShownItem.h"
+#include "statusbar/ImageFile.h"
 #include "statusbar/OffscreenBar.h"
 #include "ui/Popover.h"
 #include "ui/Theme.h"
@@ -109,7 +110,7 @@ class Snapshot {
 
     void save(const QImage& image, const QString& name) {
         const QString path = QDir(commandLine.outFolder).filePath(name + QStringLiteral(".png"));
-        if (image.save(path)) {
+        if (writeImageFile(image, path)) {
             std::printf("%s\n", path.toLocal8Bit().constData());
         } else {
             logLine(QStringLiteral("cannot write %1").arg(path));

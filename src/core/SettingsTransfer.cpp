@@ -43,6 +43,14 @@ unsigned creationMask() {
     return usualMask;
 }
 
+// A link of one's own is followed. One that another user left in a shared folder leads to a file of
+// that user's choice.
+bool isForeignLink(const QString& path) {
+    struct stat found {};
+    return lstat(QFile::encodeName(path).constData(), &found) == 0 && S_ISLNK(found.st_mode) &&
+           found.st_uid != geteuid() && found.st_uid != 0;
+}
+
 }  // namespace
 
 Loaded<QByteArray> readFile(const QString& path) {
@@ -114,6 +122,9 @@ std::optional<QString> writeFile(const QString& path, const QByteArray& bytes) {
     if (const QFileInfo info(path); info.exists() && !info.isFile()) {
         return info.isDir() ? QStringLiteral("%1 is a folder.").arg(path)
                             : QStringLiteral("%1 is no ordinary file.").arg(path);
+    }
+    if (isForeignLink(path)) {
+        return QStringLiteral("%1 is another user's link.").arg(path);
     }
     return writeFileAtomically(path, bytes, newFile & ~creationMask());
 }

@@ -39,7 +39,7 @@ Loaded<PropertyList> parse(const QByteArray& bytes);
 std::optional<QString> objection(const PropertyList& settings, const DefaultsStore& store);
 
 // Writes a whole file or none, with the permissions of a new file. Returns the error. Nothing but a
-// regular file is replaced.
+// regular file is replaced, and no symbolic link followed that belongs to another user than root.
 std::optional<QString> writeFile(const QString& path, const QByteArray& bytes);
 
 }  // namespace SettingsTransfer

@@ -46,7 +46,7 @@ struct GPUAccelerator {
 
 struct GPURequest {
     double now = 0;         // seconds of Clock
-    double interval = 1;    // seconds between two requests, as intended
+    double interval = 1;    // seconds since the previous request, as intended
     bool detailed = false;  // someone looks at the clients
 };
 

@@ -4,8 +4,9 @@
 #include <cmath>
 #include <utility>
 
-#include <QFile>
 #include <QPointer>
+
+#include "statusbar/ImageFile.h"
 
 namespace vostel {
 
@@ -135,29 +136,13 @@ void OffscreenBar::writeImage() {
     lastImage.start();
     const QImage next = image();
     if (choices.imagePath.isEmpty() || next == written) return;
-    if (save(next)) {
+    if (writeImageFile(next, choices.imagePath)) {
         written = next;
         complained = false;
     } else if (!std::exchange(complained, true)) {
         std::fprintf(stderr, "vostel: cannot write the bar's image to %s\n",
                      qUtf8Printable(choices.imagePath));
     }
-}
-
-bool OffscreenBar::save(const QImage& image) const {
-    // A reader sees the old image or the new one, never a part. Nothing is synced: after a power
-    // failure the next second brings a new image.
-    const QString temporary = choices.imagePath + QStringLiteral(".tmp");
-    if (!image.save(temporary, "PNG")) {
-        QFile::remove(temporary);
-        return false;
-    }
-    if (std::rename(QFile::encodeName(temporary).constData(),
-                    QFile::encodeName(choices.imagePath).constData()) == 0) {
-        return true;
-    }
-    QFile::remove(temporary);
-    return false;
 }
 
 }  // namespace vostel

@@ -65,7 +65,6 @@ class OffscreenBar final : public ItemBar {
     void wakeIn(QTimer& timer, const QElapsedTimer& last, int interval);
     void writeImage();
     void printLine();
-    bool save(const QImage& image) const;
 
     OffscreenBarOptions choices;
     QTimer imageTimer;

@@ -12,6 +12,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "platform/PrivateFolder.h"
+
 namespace vostel {
 
 namespace {
@@ -70,7 +72,9 @@ QString sessionBusAddress() {
     if (!given.isEmpty()) return given;
     const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
     const QString socket = runtime + QStringLiteral("/bus");
-    if (runtime.isEmpty() || !QFileInfo::exists(socket)) return {};
+    if (!isPrivateFolder(QFile::encodeName(runtime).toStdString()) || !QFileInfo::exists(socket)) {
+        return {};
+    }
     return QStringLiteral("unix:path=") + socket;
 }
 

@@ -15,7 +15,8 @@
 namespace vostel {
 
 // Where the session bus listens: $DBUS_SESSION_BUS_ADDRESS, else the socket "bus" in
-// $XDG_RUNTIME_DIR. Empty when there is none; a bus is never started.
+// $XDG_RUNTIME_DIR, if that folder is this user's alone. Empty when there is none; a bus is never
+// started.
 QString sessionBusAddress();
 
 // Whether the bus at the address answers within the limit: false for one that is gone or hangs. The

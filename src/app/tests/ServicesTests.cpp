@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -27,16 +29,19 @@ class FakeUPower : public QObject {
     bool isOnBattery() const { return onBattery; }
     void set(bool battery) {
         onBattery = battery;
-        QDBusMessage signal =
+        bus.send(signal(battery));
+    }
+    static QDBusMessage signal(bool battery) {
+        QDBusMessage message =
             QDBusMessage::createSignal(path, QStringLiteral("org.freedesktop.DBus.Properties"),
                                        QStringLiteral("PropertiesChanged"));
-        signal.setArguments({QStringLiteral("org.freedesktop.UPower"),
-                             QVariantMap{{QStringLiteral("OnBattery"), battery}}, QStringList()});
-        bus.send(signal);
+        message.setArguments({QStringLiteral("org.freedesktop.UPower"),
+                              QVariantMap{{QStringLiteral("OnBattery"), battery}}, QStringList()});
+        return message;
     }
 
   private:
-    const QString path = QStringLiteral("/org/freedesktop/UPower");
+    inline static const QString path = QStringLiteral("/org/freedesktop/UPower");
     QDBusConnection bus;
     bool onBattery;
 };
@@ -62,6 +67,40 @@ TEST(BatteryWatchTest, followsThePowerService) {
     power = std::make_unique<FakeUPower>(bus.address(), true);
     EXPECT_TRUE(waitUntil([&] { return watch.isOnBattery(); }));
     EXPECT_EQ(changes, 5);
+    QDBusConnection::disconnectFromBus(QStringLiteral("watch"));
+}
+
+// Everybody on the bus may send such a signal, from the right path, or wait in line for the name.
+TEST(BatteryWatchTest, believesNobodyButTheOwnerOfTheName) {
+    const PrivateBus bus;
+    const QString name = QStringLiteral("org.freedesktop.UPower");
+    auto own = QDBusConnection::connectToBus(bus.address(), QStringLiteral("watch"));
+    auto impostor = QDBusConnection::connectToBus(bus.address(), QStringLiteral("impostor"));
+    BatteryWatch watch(own, [](bool) {});
+    // Whether the watch takes the opposite of its state from the impostor.
+    const auto isDeceived = [&] {
+        const bool before = watch.isOnBattery();
+        impostor.send(FakeUPower::signal(!before));
+        impostor.interface()->isServiceRegistered(name);  // the bus has passed the signal on
+        const QDBusPendingCall after = own.interface()->asyncCall(QStringLiteral("GetId"));
+        EXPECT_TRUE(waitUntil([&] { return after.isFinished(); }));
+        return watch.isOnBattery() != before;
+    };
+    EXPECT_FALSE(isDeceived()) << "nobody owns the name";
+    auto power = std::make_unique<FakeUPower>(bus.address(), true);
+    EXPECT_TRUE(waitUntil([&] { return watch.isOnBattery(); }));
+    EXPECT_FALSE(isDeceived());
+    impostor.interface()->registerService(name, QDBusConnectionInterface::QueueService);
+    EXPECT_FALSE(isDeceived()) << "in line for the name is not its owner";
+    power->set(false);
+    EXPECT_TRUE(waitUntil([&] { return !watch.isOnBattery(); }));
+    EXPECT_FALSE(isDeceived());
+    power.reset();  // the next in line gets the name
+    EXPECT_TRUE(waitUntil([&] {
+        return impostor.interface()->serviceOwner(name).value() == impostor.baseService();
+    }));
+    EXPECT_TRUE(isDeceived()) << "a new owner is not heard";
+    QDBusConnection::disconnectFromBus(QStringLiteral("impostor"));
     QDBusConnection::disconnectFromBus(QStringLiteral("watch"));
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -101,6 +102,52 @@ TEST(StartAndStop, SecondStartLeavesTheFirstAlone) {
     Program fourth(home, {}, noDisplay);
     EXPECT_TRUE(isLive(fourth));
     EXPECT_EQ(fourth.stop(SIGTERM), 0);
+}
+
+// What others could have prepared is not used: the program goes on in a folder of its own, which is
+// gone when it ends.
+TEST(StartAndStop, FoldersThatOthersCanReachAreNotUsed) {
+    const struct {
+        const char* what;
+        bool isGiven;  // as $XDG_RUNTIME_DIR; else it lies in the temporary folder
+        bool isLink;   // to a private folder
+        mode_t mode;   // of the folder
+        bool isUsed;
+    } rows[] = {
+        {"private", false, false, 0700, true},       {"open to all", false, false, 0777, false},
+        {"readable", false, false, 0755, false},     {"a link", false, true, 0700, false},
+        {"given, private", true, false, 0700, true}, {"given, open", true, false, 0777, false},
+        {"given, a link", true, true, 0700, false},
+    };
+    for (const auto& row : rows) {
+        const Home home;
+        home.seed({});
+        const QDir folder(QFileInfo(home.runtimeFolder()).path());
+        const QString usual = QStringLiteral("vostel-%1").arg(getuid());
+        const QString name = row.isGiven ? QStringLiteral("given") : usual;
+        const QString real = row.isLink ? QStringLiteral("victim") : name;
+        ASSERT_TRUE(folder.mkdir(real));
+        ASSERT_EQ(::chmod(QFile::encodeName(folder.filePath(real)).constData(), row.mode), 0);
+        ASSERT_TRUE(!row.isLink || QFile::link(folder.filePath(real), folder.filePath(name)));
+        auto environment = noDisplay;
+        environment[QStringLiteral("TMPDIR")] = folder.path();
+        environment[QStringLiteral("XDG_RUNTIME_DIR")] =
+            row.isGiven ? folder.filePath(name) : QString();
+        Program program(home, {}, environment);
+        EXPECT_TRUE(XServer::until([&] { return program.output().contains(u".png\n"); }))
+            << row.what;
+        const QString image =
+            program.output().section(QStringLiteral("into "), 1).section(u'\n', 0, 0);
+        EXPECT_TRUE(XServer::until([&] { return QFile::exists(image); })) << row.what;
+        EXPECT_EQ(QFile::exists(folder.filePath(real) + QStringLiteral("/vostel.lock")), row.isUsed)
+            << row.what;
+        EXPECT_EQ(QDir(folder.filePath(real)).isEmpty(), !row.isUsed) << row.what;
+        EXPECT_EQ(program.stop(SIGTERM), 0) << row.what;
+        EXPECT_EQ(program.errors().filter(QStringLiteral("not this user's alone")).size(),
+                  row.isUsed ? 0 : 1)
+            << row.what << ": " << program.errors().join(u'\n').toStdString();
+        EXPECT_EQ(folder.entryList({usual + QStringLiteral(".*")}), QStringList()) << row.what;
+    }
 }
 
 TEST(StartAndStop, DamagedSettingsAreSaidOnceAndKept) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <random>
 
@@ -181,6 +182,16 @@ TEST_F(Transfer, ExportReplacesAnOrdinaryFileOrNothing) {
     }
     EXPECT_EQ(held(), "one");
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::System).size(), 2);
+
+    const QString link = folder.filePath(QStringLiteral("link"));
+    ASSERT_TRUE(QFile::link(path, link));
+    EXPECT_EQ(SettingsTransfer::writeFile(link, "mine"), std::nullopt);
+    EXPECT_EQ(held(), "mine");
+    if (::geteuid() == 0) {  // only root can give a link away
+        ASSERT_EQ(::lchown(QFile::encodeName(link).constData(), 65534, 65534), 0);
+        EXPECT_TRUE(SettingsTransfer::writeFile(link, "another user's"));
+        EXPECT_EQ(held(), "mine");
+    }
 }
 
 // Catches settings that would silently fall back to their defaults after an import.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <span>
+#include <utility>
 
 #include "core/GlobalSettings.h"
 #include "core/History.h"
@@ -45,8 +46,10 @@ GPUModule::GPUModule(AppContext& appContext, GPUSettings& gpuSettings, ProcessSa
       names(processes, [this](QList<ProcStat> list) { model.topApps = std::move(list); }) {}
 
 void GPUModule::tick() {
+    // After a change of the interval the gap was still waited for under the old one.
+    longerInterval = std::max(effInterval(), std::exchange(lastInterval, effInterval()));
     const auto reading =
-        sampler.tick({context.platform.clock->seconds(), effInterval(), isLookedAt});
+        sampler.tick({context.platform.clock->seconds(), longerInterval, isLookedAt});
     const auto sample = reading ? measure(*reading) : std::nullopt;
     lastStats = sample ? sample->stats : lastStats;
     appendCapped(history, lastStats.utilization, historyCap);
@@ -96,7 +99,7 @@ void GPUModule::showTopApps(const GPUReading& reading, const GPUSample& sample) 
         return;
     }
     // After a longer gap a rate would be that of a time nobody waited for.
-    if (appRates.previousAt && reading.at - *appRates.previousAt > 3 * effInterval()) {
+    if (appRates.previousAt && reading.at - *appRates.previousAt > 3 * longerInterval) {
         appRates.reset();
     }
     names.show(topApps(appRates.rates(sample.apps, reading.at), sample.apps, appLimit));

@@ -51,6 +51,8 @@ class GPUModule : public ItemModule {
     GPUAppRateTracker appRates;
     ProcessNames names;
     bool isLookedAt = false;
+    double lastInterval = 0;    // seconds; of the latest tick
+    double longerInterval = 0;  // of the two latest ticks: by it a gap is told
     std::optional<std::pair<double, GPUState>> drawn;  // what the image shows
 };
 

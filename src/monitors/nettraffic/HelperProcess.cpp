@@ -7,7 +7,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstdint>
@@ -44,10 +46,22 @@ class StopSignal {
     std::optional<std::stop_callback<Raise>> callback;
 };
 
+// The monotonic clock stands still during a suspend, in which no program can be expected to write.
+double monotonicSeconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+// For poll(): rounded up, so that nobody spins through the last millisecond.
+int milliseconds(double seconds) {
+    constexpr double longest = 86'400;
+    return static_cast<int>(std::ceil(std::clamp(seconds, 0.0, longest) * 1000));
+}
+
 // Starts the program; returns its pid, or -1.
-pid_t start(const std::string& program, const std::vector<std::string>& arguments, int output) {
-    std::vector<char*> words{const_cast<char*>(program.c_str())};
-    for (const std::string& argument : arguments) {
+pid_t start(const HelperProcess::Command& command, int output) {
+    std::vector<char*> words{const_cast<char*>(command.program.c_str())};
+    for (const std::string& argument : command.arguments) {
         words.push_back(const_cast<char*>(argument.c_str()));
     }
     words.push_back(nullptr);
@@ -70,7 +84,7 @@ pid_t start(const std::string& program, const std::vector<std::string>& argument
 
     pid_t child = -1;
     const int error =
-        posix_spawn(&child, program.c_str(), &files, &attributes, words.data(), environ);
+        posix_spawn(&child, command.program.c_str(), &files, &attributes, words.data(), environ);
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&files);
     return error == 0 ? child : -1;
@@ -82,56 +96,65 @@ void endAndReap(pid_t child) {
     }
 }
 
-// Hands on the output until it ends. True when that was because of `stopSignal`.
-bool readOutput(int output, int stopSignal, const std::function<void(std::string_view)>& take) {
+// Hands on the output until it ends, nothing whole comes any more, or `stopSignal` is there.
+HelperProcess::End readOutput(int output, int stopSignal, double patience,
+                              const std::function<bool(std::string_view)>& take) {
     std::vector<char> piece(64 * 1024);
+    double deadline = monotonicSeconds() + patience;
     for (;;) {
         pollfd waits[2] = {{stopSignal, POLLIN, 0}, {output, POLLIN, 0}};
-        if (poll(waits, 2, -1) < 0) {
+        const double left = deadline - monotonicSeconds();
+        if (poll(waits, 2, milliseconds(left)) < 0) {
             if (errno == EINTR) continue;
-            return false;
+            return HelperProcess::End::ended;
         }
         if (waits[0].revents != 0) {
-            return true;
+            return HelperProcess::End::stopped;
         }
-        const ssize_t size = read(output, piece.data(), piece.size());
-        if (size < 0 && errno == EINTR) {
-            continue;
+        if (waits[1].revents != 0) {
+            const ssize_t size = read(output, piece.data(), piece.size());
+            if (size < 0 && errno == EINTR) {
+                continue;
+            }
+            if (size <= 0) {
+                return HelperProcess::End::ended;
+            }
+            if (take({piece.data(), static_cast<std::size_t>(size)})) {
+                deadline = monotonicSeconds() + patience;
+                continue;
+            }
         }
-        if (size <= 0) {
-            return false;
+        if (left <= 0) {
+            return HelperProcess::End::silent;
         }
-        take({piece.data(), static_cast<std::size_t>(size)});
     }
 }
 
 }  // namespace
 
-HelperProcess::End HelperProcess::run(const std::string& program,
-                                      const std::vector<std::string>& arguments,
-                                      const std::stop_token& stop,
-                                      const std::function<void(std::string_view)>& take) {
+HelperProcess::End HelperProcess::run(const Command& command, const std::stop_token& stop,
+                                      const std::function<bool(std::string_view)>& take) {
     const StopSignal signal(stop);
     int ends[2];
     if (signal.get() < 0 || pipe2(ends, O_CLOEXEC) != 0) {
         return End::cannotStart;
     }
-    const pid_t child = start(program, arguments, ends[1]);
+    const pid_t child = start(command, ends[1]);
     close(ends[1]);
     if (child < 0) {
         close(ends[0]);
         return End::cannotStart;
     }
-    const bool stopped = readOutput(ends[0], signal.get(), take);
+    const End end = readOutput(ends[0], signal.get(), command.patience, take);
     close(ends[0]);
     endAndReap(child);
-    return stopped ? End::stopped : End::ended;
+    return end;
 }
 
 void HelperProcess::pause(double seconds, const std::stop_token& stop) {
     const StopSignal signal(stop);
     pollfd wait{signal.get(), POLLIN, 0};
-    poll(&wait, 1, static_cast<int>(std::ceil(seconds * 1000)));
+    poll(&wait, 1, milliseconds(seconds));
 }
 
 }  // namespace vostel

@@ -17,6 +17,7 @@ namespace {
 
 constexpr const char* helperName = "vostel-nettop";
 constexpr int utilityNiceness = 5;  // the helper inherits it
+constexpr double longestWait = 60;  // seconds from one start to the next
 
 double steadySeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
@@ -39,6 +40,13 @@ QString plainName(const std::string& name) {
 struct ProcessNetMonitor::Named {
     ProcessTraffic traffic;
     AppIdentity identity;
+};
+
+struct ProcessNetMonitor::Result {
+    std::uint64_t run = 0;
+    TrafficState state = TrafficState::waiting;
+    QString sight;
+    std::vector<Named> rows;
 };
 
 ProcessNetMonitor::ProcessNetMonitor(double seconds, Parts given, QObject* parent)
@@ -71,40 +79,59 @@ void ProcessNetMonitor::start() {
     }
     const std::uint64_t run = ++currentRun;
     // The worker is joined in stop(), before anything that it uses goes.
-    worker = std::jthread([this, run](const std::stop_token& token) {
-        pthread_setname_np(pthread_self(), "vostel.nettop");
-        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), utilityNiceness);
-        const auto publish = [&](const std::vector<ProcessTraffic>& rates, const QString& sight) {
-            std::vector<Named> rows;
-            for (const ProcessTraffic& traffic : rates) {
-                AppIdentity identity;
-                if (parts.identify) {
-                    identity = parts.identify(traffic.pid, traffic.name);
+    worker = std::jthread([this, run](const std::stop_token& token) { work(run, token); });
+}
+
+void ProcessNetMonitor::work(std::uint64_t run, const std::stop_token& token) {
+    pthread_setname_np(pthread_self(), "vostel.nettop");
+    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), utilityNiceness);
+    constexpr double readings = 2;
+    const double patience =
+        std::max(parts.silenceSeconds, readings * std::max(std::ceil(interval), 1.0));
+    double wait = parts.restartSeconds;
+    while (!token.stop_requested()) {
+        const double started = steadySeconds();
+        bool wasLive = false;
+        TrafficLines lines(interval);
+        const auto end = HelperProcess::run(
+            {parts.helper, helperArguments(interval), patience}, token,
+            [&](std::string_view bytes) {
+                const std::uint64_t before = lines.blocks();
+                if (const auto rates = lines.feed(bytes)) {
+                    wasLive = true;
+                    publish(run, TrafficState::live, QString::fromStdString(lines.sight()), *rates);
                 }
-                if (identity.name.isEmpty()) {
-                    identity.name = plainName(traffic.name);
-                }
-                rows.push_back({traffic, std::move(identity)});
-            }
-            QMetaObject::invokeMethod(
-                this, [this, run, rows = std::move(rows), sight] { deliver(run, rows, sight); },
-                Qt::QueuedConnection);
-        };
-        while (!token.stop_requested()) {
-            const double started = steadySeconds();
-            TrafficLines lines(interval);
-            const auto end = HelperProcess::run(
-                parts.helper, helperArguments(interval), token, [&](std::string_view bytes) {
-                    if (const auto rates = lines.feed(bytes)) {
-                        publish(*rates, QString::fromStdString(lines.sight()));
-                    }
-                });
-            if (end != HelperProcess::End::stopped) {
-                publish({}, QString());
-                HelperProcess::pause(parts.restartSeconds - (steadySeconds() - started), token);
-            }
+                return lines.blocks() > before;
+            });
+        if (end == HelperProcess::End::stopped) {
+            return;
         }
-    });
+        publish(run,
+                end == HelperProcess::End::silent  ? TrafficState::silent
+                : end == HelperProcess::End::ended ? TrafficState::ended
+                                                   : TrafficState::missing,
+                {}, {});
+        wait = wasLive ? parts.restartSeconds : wait;
+        HelperProcess::pause(wait - (steadySeconds() - started), token);
+        wait = std::min(2 * wait, std::max(longestWait, parts.restartSeconds));
+    }
+}
+
+void ProcessNetMonitor::publish(std::uint64_t run, TrafficState state, const QString& sight,
+                                const std::vector<ProcessTraffic>& rates) {
+    Result result{run, state, sight, {}};
+    for (const ProcessTraffic& traffic : rates) {
+        AppIdentity identity;
+        if (parts.identify) {
+            identity = parts.identify(traffic.pid, traffic.name);
+        }
+        if (identity.name.isEmpty()) {
+            identity.name = plainName(traffic.name);
+        }
+        result.rows.push_back({traffic, std::move(identity)});
+    }
+    QMetaObject::invokeMethod(
+        this, [this, result = std::move(result)] { deliver(result); }, Qt::QueuedConnection);
 }
 
 void ProcessNetMonitor::stop() {
@@ -114,19 +141,20 @@ void ProcessNetMonitor::stop() {
         worker.join();
     }
     sightWords.clear();
+    helperState = TrafficState::waiting;
 }
 
-void ProcessNetMonitor::deliver(std::uint64_t run, const std::vector<Named>& rows,
-                                const QString& sight) {
-    if (run != currentRun) {
+void ProcessNetMonitor::deliver(const Result& result) {
+    if (result.run != currentRun) {
         return;
     }
-    sightWords = sight;
+    sightWords = result.sight;
+    helperState = result.state;
     if (!onUsage) {
         return;
     }
     std::vector<AppUsage> usage;
-    for (const Named& row : rows) {
+    for (const Named& row : result.rows) {
         const QString& icon = row.identity.icon;
         usage.push_back({row.traffic.pid, row.identity.name,
                          parts.loadIcon && !icon.isEmpty() ? parts.loadIcon(icon) : QIcon(),

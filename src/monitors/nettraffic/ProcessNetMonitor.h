@@ -12,8 +12,11 @@
 #include <QString>
 
 #include "monitors/nettraffic/AppUsage.h"
+#include "monitors/nettraffic/TrafficState.h"
 
 namespace vostel {
+
+struct ProcessTraffic;
 
 // Who a process is to a person.
 struct AppIdentity {
@@ -27,8 +30,9 @@ struct AppIdentity {
 // The helper's output is read and parsed, and processes are named, on a thread of this monitor,
 // because naming reads files of processes and of desktop entries; results arrive on the thread
 // that made the monitor (the main thread), and none arrives once stop() was called or the monitor
-// is gone. A helper that ends or cannot be started yields an empty list and is started again five
-// seconds after its last start at the earliest.
+// is gone. A helper that ends, cannot be started, or gives no complete reading for ten seconds (it
+// is killed then) yields an empty list. It is started again five seconds after its last start at
+// the earliest; each further failure without rates in between doubles that, up to a minute.
 class ProcessNetMonitor : public QObject {
     Q_OBJECT
 
@@ -40,6 +44,7 @@ class ProcessNetMonitor : public QObject {
         // On the main thread: the icon of AppIdentity::icon.
         std::function<QIcon(const QString&)> loadIcon;
         double restartSeconds = 5;
+        double silenceSeconds = 10;  // or two of the helper's readings, if that is longer
     };
     using Callback = std::function<void(const std::vector<AppUsage>&)>;
 
@@ -59,6 +64,9 @@ class ProcessNetMonitor : public QObject {
     // said so. "sight=own": the processes of this user alone.
     QString sight() const { return sightWords; }
 
+    // How the helper does, as of the latest result.
+    TrafficState state() const { return helperState; }
+
     // Where the helper lies: beside the program in the build tree, else in libexec/vostel of the
     // installation that the program's folder belongs to, else beside it all the same.
     static std::string helperBeside(const std::string& programFolder);
@@ -68,11 +76,16 @@ class ProcessNetMonitor : public QObject {
 
   private:
     struct Named;
-    void deliver(std::uint64_t run, const std::vector<Named>& rows, const QString& sight);
+    struct Result;
+    void work(std::uint64_t run, const std::stop_token& token);
+    void publish(std::uint64_t run, TrafficState state, const QString& sight,
+                 const std::vector<ProcessTraffic>& rates);
+    void deliver(const Result& result);
 
     double interval;
     Parts parts;
     QString sightWords;
+    TrafficState helperState = TrafficState::waiting;
     std::uint64_t currentRun = 0;  // results of earlier runs are dropped
     std::jthread worker;
 };

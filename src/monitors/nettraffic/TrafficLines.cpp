@@ -10,6 +10,7 @@ namespace {
 
 constexpr double shortestSeconds = 0.25;  // rates over less than this are noise
 constexpr double gapIntervals = 3;
+constexpr double secondsOfDay = 86'400;
 constexpr std::string_view separators = ", \t\r";
 
 template <typename Number>
@@ -157,9 +158,10 @@ void TrafficLines::finishBlock() {
     if (!open) {
         return;
     }
+    ++blockCount;
     double seconds = interval;
-    if (time && previousTime && *time > *previousTime) {
-        seconds = *time - *previousTime;
+    if (time && previousTime && *time != *previousTime) {
+        seconds = *time - *previousTime + (*time < *previousTime ? secondsOfDay : 0);
     }
     const bool gap = seconds > gapIntervals * std::max(std::ceil(interval), 1.0);
     if (previous) {

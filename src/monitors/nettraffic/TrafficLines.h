@@ -48,7 +48,12 @@ class TrafficLines {
     // the busiest first, at most ten; among equals the lowest pid first. Nothing when no block was
     // completed, and for the first block, which only gives the next one its start. So does a block
     // after a gap of more than three intervals (a suspend, a stopped helper), with an empty result.
+    // The helper's clock goes on from midnight at 0 and is never set: an earlier time of day is one
+    // of the next day.
     std::optional<std::vector<ProcessTraffic>> feed(std::string_view bytes);
+
+    // Blocks completed so far.
+    std::uint64_t blocks() const { return blockCount; }
 
     // How far the helper sees, as it says in a line "# sight=..."; empty before that.
     const std::string& sight() const { return sightWords; }
@@ -71,6 +76,7 @@ class TrafficLines {
     bool open = false;  // a header has come and the block goes on
     std::optional<double> time;
     std::optional<double> previousTime;
+    std::uint64_t blockCount = 0;
     Block rows;
     std::optional<Block> previous;
     std::optional<std::vector<ProcessTraffic>> result;

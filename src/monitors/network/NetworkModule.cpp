@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/GlobalSettings.h"
+#include "core/Log.h"
 #include "monitors/network/InterfaceInfo.h"
 #include "monitors/network/NetworkImage.h"
 #include "monitors/network/NetworkPopover.h"
@@ -55,7 +56,6 @@ void NetworkModule::willStop() {
     settingsSubscription = {};
     tailscaleTimer.reset();
     wanTimer.reset();
-    ++wanRequest;
     stopProcessMonitor();
 }
 
@@ -70,23 +70,29 @@ void NetworkModule::startBackgroundProbes() {
 }
 
 void NetworkModule::refreshTailscale() {
+    if (std::exchange(tailscaleInFlight, true)) {
+        return;
+    }
     outside.fetchTailscale(this, [this](std::optional<TailscaleStatus> status) {
+        tailscaleInFlight = false;
         model.tailscale = std::move(status);
     });
 }
 
 void NetworkModule::refreshWAN() {
-    if (!settings.lookUpWAN()) {
+    if (!settings.lookUpWAN() || std::exchange(wanInFlight, true)) {
         return;
     }
-    outside.fetchWAN(this, [this, request = ++wanRequest](std::optional<QString> address) {
-        if (request == wanRequest) {
+    outside.fetchWAN(this, [this](std::optional<QString> address) {
+        wanInFlight = false;
+        if (model.looksUpWAN.value()) {
             model.wanIP = std::move(address);
         }
     });
 }
 
-// The choice takes effect at once: off forgets the address and the request under way.
+// The choice takes effect at once: off forgets the address, and the answer under way if it comes
+// before the choice is taken back.
 void NetworkModule::applyLookUp() {
     const bool wanted = settings.lookUpWAN();
     if (wanted == model.looksUpWAN.value()) {
@@ -96,7 +102,6 @@ void NetworkModule::applyLookUp() {
     if (wanted) {
         refreshWAN();
     } else {
-        ++wanRequest;
         model.wanIP = std::nullopt;
     }
 }
@@ -149,6 +154,7 @@ void NetworkModule::startProcessMonitor() {
             model.sight = sight;
         }
         model.topApps = usage;
+        noteTrafficState(processMonitor->state());
     };
     processMonitor->start();
 }
@@ -156,6 +162,18 @@ void NetworkModule::startProcessMonitor() {
 void NetworkModule::stopProcessMonitor() {
     processMonitor.reset();
     model.topApps = std::vector<AppUsage>();
+    model.trafficState = TrafficState::waiting;
+}
+
+// A trouble is logged once, not with every new try.
+void NetworkModule::noteTrafficState(TrafficState state) {
+    if (state != model.trafficState.value() && state == TrafficState::silent) {
+        logLine(QStringLiteral("the traffic helper gives no readings; it is started again"));
+    } else if (state != model.trafficState.value() && state == TrafficState::missing) {
+        logLine(QStringLiteral("cannot start the traffic helper %1")
+                    .arg(QString::fromStdString(outside.traffic.helper)));
+    }
+    model.trafficState = state;
 }
 
 std::optional<StatusImage> NetworkModule::menubarImage(const ImageContext& imageContext) {

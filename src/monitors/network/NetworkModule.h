@@ -44,6 +44,7 @@ class NetworkModule : public ItemModule {
     void applyLookUp();
     void startProcessMonitor();
     void stopProcessMonitor();
+    void noteTrafficState(TrafficState state);
     void publish();
 
     NetworkSettings& settings;
@@ -55,7 +56,9 @@ class NetworkModule : public ItemModule {
     std::unique_ptr<TickScheduler::Tick> tailscaleTimer;
     std::unique_ptr<TickScheduler::Tick> wanTimer;
     NotificationCenter::Subscription settingsSubscription;
-    quint64 wanRequest = 0;  // the latest; answers to earlier ones are dropped
+    // One request of each kind at a time, however often the popover opens.
+    bool wanInFlight = false;
+    bool tailscaleInFlight = false;
 };
 
 }  // namespace vostel

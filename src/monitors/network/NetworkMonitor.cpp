@@ -1,5 +1,6 @@
 #include "monitors/network/NetworkMonitor.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "monitors/network/CountedOnce.h"
@@ -40,7 +41,9 @@ std::map<std::string, NetSample> NetworkMonitor::sample(double interval) {
     if (primed && span > 0 && span < shortestSpan) {
         return lastRates;
     }
-    const bool measurable = primed && span > 0 && span <= longestIntervals * interval;
+    // After a change of the interval the gap was still waited for under the old one.
+    const double waitedFor = std::max(interval, std::exchange(lastInterval, interval));
+    const bool measurable = primed && span > 0 && span <= longestIntervals * waitedFor;
     latest = source.interfaces();
     once = namesCountedOnce(latest);
     std::map<std::string, Counters> current;

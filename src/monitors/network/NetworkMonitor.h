@@ -23,10 +23,11 @@ class NetworkMonitor {
     //
     // All rates are zero, and nothing is added to the session, in the first reading, when the
     // clock did not advance, and after a gap of more than three intervals (a suspended machine, a
-    // stalled timer). A reading within 50 ms of the previous one repeats that one's rates: over so
-    // short a time a single burst would look like a spike. Zero is also the rate of an interface
-    // that was not there before, has another index than before (made again, renamed), and of a
-    // direction whose counter went backwards or jumped by more than 10 TB/s.
+    // stalled timer), of this call or the previous one, whichever is longer. A reading within 50 ms
+    // of the previous one repeats that one's rates: over so short a time a single burst would look
+    // like a spike. Zero is also the rate of an interface that was not there before, has another
+    // index than before (made again, renamed), and of a direction whose counter went backwards or
+    // jumped by more than 10 TB/s.
     std::map<std::string, NetSample> sample(double interval);
 
     // The interfaces of the latest reading.
@@ -52,6 +53,7 @@ class NetworkMonitor {
     std::map<std::string, Counters> last;
     std::map<std::string, NetSample> lastRates;
     double lastTime = 0;
+    double lastInterval = 0;
     bool primed = false;
     std::uint64_t totalDown = 0;
     std::uint64_t totalUp = 0;

@@ -21,6 +21,23 @@ QString bytes(double count) {
     return QString::fromStdString(RateFormatter::bytes(count));
 }
 
+// What stands where the busiest programs would.
+QString textWithoutApps(TrafficState state) {
+    switch (state) {
+        case TrafficState::waiting:
+            return QStringLiteral("Sampling…");
+        case TrafficState::live:
+            break;
+        case TrafficState::silent:
+            return QStringLiteral("Traffic helper not responding; trying again");
+        case TrafficState::ended:
+            return QStringLiteral("Traffic helper ended; trying again");
+        case TrafficState::missing:
+            return QStringLiteral("Traffic helper cannot be started");
+    }
+    return QStringLiteral("No active network traffic");
+}
+
 }  // namespace
 
 NetworkPopover::NetworkPopover(NetworkViewModel& viewModel, const NetworkSettings& networkSettings,
@@ -36,7 +53,7 @@ NetworkPopover::NetworkPopover(NetworkViewModel& viewModel, const NetworkSetting
       tailscaleName(new KeyValueRow(QStringLiteral("Name"))),
       tailscaleAddress(new KeyValueRow(QStringLiteral("Address"))),
       interfaces(new InterfaceList),
-      processes(new ProcessList(QStringLiteral("No active network traffic"), reservedApps)),
+      processes(new ProcessList(QString(), reservedApps)),
       sight(new NoteLine) {
     build(std::move(openSettings));
     follow();
@@ -86,6 +103,7 @@ void NetworkPopover::follow() {
     on(model.looksUpWAN, &NetworkPopover::showWAN);
     on(model.tailscale, &NetworkPopover::showTailscale);
     on(model.topApps, &NetworkPopover::showTopApps);
+    on(model.trafficState, &NetworkPopover::showTopApps);
     on(model.sight, &NetworkPopover::showSight);
 }
 
@@ -147,6 +165,7 @@ void NetworkPopover::showTopApps() {
              {{rate(app.down), settings.effForeground()}, {rate(app.up), settings.upColor()}},
              {}});
     }
+    processes->setPlaceholder(textWithoutApps(model.trafficState.value()));
     processes->setEntries(entries);
 }
 

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include "monitors/nettraffic/AppUsage.h"
+#include "monitors/nettraffic/TrafficState.h"
 #include "monitors/network/InterfaceState.h"
 #include "monitors/network/NetSample.h"
 #include "monitors/probes/TailscaleStatus.h"
@@ -27,6 +28,7 @@ struct NetworkViewModel {
     QProperty<bool> looksUpWAN{true};
     QProperty<std::optional<TailscaleStatus>> tailscale;
     QProperty<std::vector<AppUsage>> topApps;  // empty while nobody looks
+    QProperty<TrafficState> trafficState{TrafficState::waiting};
     // How far the traffic helper sees (ProcessNetMonitor::sight); kept when the popover closes.
     QProperty<QString> sight;
 };

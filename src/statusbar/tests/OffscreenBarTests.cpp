@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include "statusbar/OffscreenBar.h"
@@ -98,6 +99,33 @@ TEST(OffscreenBar, writesWholeImagesAndOnlyChangedOnes) {
     turn();
     EXPECT_EQ(QImage(path).pixelColor(image.width() / 2, 10), QColor(Qt::blue));
     EXPECT_FALSE(QFile::exists(path + QStringLiteral(".tmp")));
+}
+
+// Links that somebody put into a shared folder, at the image's place and at the temporary file's.
+TEST(OffscreenBar, writesThroughNoLink) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("bar.png"));
+    const QString victim = folder.filePath(QStringLiteral("victim"));
+    QFile file(victim);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("precious");
+    file.close();
+    MemoryOrder order;
+    OffscreenBarOptions options;
+    options.imagePath = path;
+    options.imageInterval = 0;
+    for (const QString& link : {path, path + QStringLiteral(".tmp")}) {
+        QFile::remove(path);
+        ASSERT_TRUE(QFile::link(victim, link));
+        OffscreenBar bar(order, options);
+        turn();
+        EXPECT_EQ(QImage(path).height(), 22) << link.toStdString();
+        EXPECT_FALSE(QFileInfo(path).isSymLink()) << link.toStdString();
+        EXPECT_FALSE(QFileInfo(path + QStringLiteral(".tmp")).isSymLink()) << link.toStdString();
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(file.readAll(), "precious") << link.toStdString();
+        file.close();
+    }
 }
 
 // A full or missing folder must neither stop the program nor flood its log.

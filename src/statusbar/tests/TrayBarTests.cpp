@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QCursor>
@@ -400,6 +401,8 @@ TEST(TrayBarWithoutBus, SaysSo) {
     EXPECT_FALSE(probeTray({}).bus);
     QFile(runtime.filePath(u"bus"_s)).open(QIODevice::WriteOnly);
     EXPECT_EQ(sessionBusAddress(), u"unix:path="_s + runtime.filePath(u"bus"_s));
+    ASSERT_EQ(chmod(runtime.path().toLocal8Bit().constData(), 0777), 0);
+    EXPECT_EQ(sessionBusAddress(), QString()) << "anybody's bus";
     qputenv("DBUS_SESSION_BUS_ADDRESS", before);
     qputenv("XDG_RUNTIME_DIR", runtimeBefore);
 }

@@ -40,6 +40,7 @@ class FakeGPU : public GPUSource {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         detailed = request.detailed;
+        interval = request.interval;
         return {.at = request.now, .detailed = request.detailed, .accelerators = cards};
     }
     // As processes use it: milliseconds of GPU time since the beginning.
@@ -56,6 +57,7 @@ class FakeGPU : public GPUSource {
     std::atomic<bool> slow = false;
     std::atomic<bool> hangs = true;
     bool detailed = false;
+    double interval = 0;
 };
 
 // Process 1 can be looked up, the others belong to somebody else.
@@ -195,6 +197,23 @@ TEST_F(GPUModuleTest, TopAppsAreTheRatesOfTheTimeSinceTheLastTick) {
     module->detailPopoverWillShow();
     pause();
     EXPECT_TRUE(apps(0).isEmpty()) << "rates from before it was closed";
+}
+
+TEST_F(GPUModuleTest, AShortenedIntervalIsNoGap) {
+    settings.intervalOverride = 5.0;
+    module->detailPopoverWillShow();
+    gpu->use({{1, 0}});
+    after(5);
+    settings.intervalOverride = 1.0;
+    gpu->use({{1, 490}});
+    after(4.9);
+    EXPECT_EQ(gpu->interval, 5) << "the source judges its counters by this";
+    ASSERT_EQ(apps(1).size(), 1);
+    EXPECT_NEAR(module->viewModel().topApps.value()[0].value, 100, 1e-6);
+    gpu->use({{1, 5000}});
+    after(3.1);
+    EXPECT_EQ(gpu->interval, 1);
+    EXPECT_TRUE(apps(0).isEmpty());
 }
 
 TEST_F(GPUModuleTest, NamesThatAreOnTheirWayWhenItCloses) {

@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <iterator>
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -82,6 +83,7 @@ TEST_F(ProcessNetMonitorTest, DeliversNamedRatesOnTheOwnersThread) {
     EXPECT_NE(namer, owner) << "naming reads files and must not hold up the owner";
     EXPECT_EQ(painter, owner);
     EXPECT_EQ(made->sight(), QStringLiteral("sight=own closed=none"));
+    EXPECT_EQ(made->state(), TrafficState::live);
     EXPECT_EQ(content(file("arguments")), "-P -x -J bytes_in,bytes_out -l 0 -s 1\n");
 }
 
@@ -104,6 +106,82 @@ TEST_F(ProcessNetMonitorTest, RestartsADyingHelperAfterAWaitAndYieldsEmptyLists)
     made = monitor(parts);
     made->start();
     EXPECT_TRUE(waitFor([&] { return results.size() >= 2; })) << "cannot be started: tried again";
+    EXPECT_EQ(made->state(), TrafficState::missing);
+}
+
+// Each hangs in its way: it is noticed and killed, and another one is started.
+TEST_F(ProcessNetMonitorTest, ReplacesAHelperThatHangs) {
+    const std::string live = std::string(twoBlocks);
+    const struct {
+        const char* fault;
+        std::string body;
+        TrafficState before;  // the first result
+    } rows[] = {
+        {"prints nothing", "exec sleep 600\n", TrafficState::silent},
+        {"half a line", "printf 'time,10:00'\nexec sleep 600\n", TrafficState::silent},
+        {"a block without an end", "printf 'time,10:00:00,\\na.1,1,1\\n'\nexec sleep 600\n",
+         TrafficState::silent},
+        {"writes on, and never a block", "while :; do echo x; sleep 0.05; done\n",
+         TrafficState::silent},
+        {"stops itself, as a debugger would", live + "kill -STOP $$\n", TrafficState::live},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.fault);
+        unlink(file("pids").c_str());
+        ProcessNetMonitor::Parts parts;
+        // The first one hangs, the next one works.
+        parts.helper = script("echo $$ >> " + file("pids") + "\nif [ $(wc -l < " + file("pids") +
+                              ") = 1 ]; then\n" + row.body + "fi\n" + live + "sleep 600\n");
+        parts.silenceSeconds = 2.5;
+        parts.restartSeconds = 0.2;
+        results.clear();
+        std::vector<TrafficState> states;
+        const auto made = monitor(parts);
+        made->onUsage = [&](const std::vector<AppUsage>& usage) {
+            results.push_back(usage);
+            states.push_back(made->state());
+        };
+        EXPECT_EQ(made->state(), TrafficState::waiting);
+        made->start();
+        ASSERT_TRUE(waitFor([&] { return !states.empty(); }));
+        EXPECT_EQ(states[0], row.before);
+        ASSERT_TRUE(
+            waitFor([&] { return states.size() > 1 && states.back() == TrafficState::live; }));
+        EXPECT_EQ(states.end()[-2], TrafficState::silent);
+        EXPECT_TRUE(results.end()[-2].empty()) << "rates of a helper that hangs stay";
+        EXPECT_EQ(results.back().size(), 2u);
+        const int hung = std::stoi(content(file("pids")));
+        EXPECT_EQ(kill(hung, 0), -1) << "alive, or a zombie";
+        made->stop();
+        EXPECT_EQ(made->state(), TrafficState::waiting);
+    }
+}
+
+TEST_F(ProcessNetMonitorTest, WaitsLongerAfterEachFailureAndNotAtAllAfterALongLife) {
+    ProcessNetMonitor::Parts parts;
+    const std::string note = "date +%s.%N >> " + file("starts") + "\n";
+    const auto starts = [&] {
+        std::ifstream stream(file("starts"));
+        return std::vector<double>{std::istream_iterator<double>(stream), {}};
+    };
+    parts.helper = script(note);
+    parts.restartSeconds = 0.3;
+    auto made = monitor(parts);
+    made->start();
+    ASSERT_TRUE(waitFor([&] { return starts().size() >= 4; }));
+    EXPECT_EQ(made->state(), TrafficState::ended);
+    made->stop();
+    const std::vector<double> at = starts();
+    constexpr double early = 0.1;  // what starting a shell may take, more or less
+    EXPECT_GT(at[1] - at[0], 0.3 - early);
+    EXPECT_GT(at[2] - at[1], 0.6 - early);
+    EXPECT_GT(at[3] - at[2], 1.2 - early);
+
+    unlink(file("starts").c_str());
+    parts.helper = script(note + "sleep 0.5\n");  // outlives the wait
+    made = monitor(parts);
+    made->start();
+    EXPECT_TRUE(waitFor([&] { return starts().size() >= 2; })) << "never started again";
 }
 
 TEST_F(ProcessNetMonitorTest, StopEndsAndReapsWhateverTheHelperDoes) {

@@ -178,15 +178,34 @@ TEST_F(NetworkModuleTest, ProcessesAreWatchedOnlyWhileSomebodyLooks) {
     EXPECT_EQ(runningHelpers(), 0);
 }
 
+TEST_F(NetworkModuleTest, AHelperThatHangsIsToldInThePopoverAndOnceInTheLog) {
+    outside.traffic.silenceSeconds = outside.traffic.restartSeconds = 0.1;
+    start();
+    testing::internal::CaptureStderr();
+    module->detailPopoverWillShow();
+    const auto& state = module->viewModel().trafficState;
+    EXPECT_EQ(state.value(), TrafficState::waiting);
+    EXPECT_TRUE(waitFor([&] { return state.value() == TrafficState::silent; }));
+    EXPECT_TRUE(waitFor([&] { return helpers().size() >= 3; })) << "nothing comes in its place";
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+    module->detailPopoverDidClose();
+    EXPECT_EQ(state.value(), TrafficState::waiting);
+    EXPECT_EQ(runningHelpers(), 0);
+}
+
 TEST_F(NetworkModuleTest, ProbesAreAskedAtStartAndOnTheirTimers) {
     start();
     EXPECT_EQ(wanRequests.size(), 1u);
     EXPECT_EQ(tailscaleRequests.size(), 1u);
     for (int i = 0; i < 240; ++i) {
+        wanRequests.back()(std::nullopt);
+        tailscaleRequests.back()(std::nullopt);
         second(0);
     }
     EXPECT_NEAR(double(wanRequests.size()), 3, 1);
     EXPECT_NEAR(double(tailscaleRequests.size()), 25, 1);
+    wanRequests.back()(std::nullopt);
     wanRequests.clear();
     module->detailPopoverWillShow();
     ASSERT_EQ(wanRequests.size(), 1u) << "opened: asked again";
@@ -204,6 +223,24 @@ TEST_F(NetworkModuleTest, ProbesAreAskedAtStartAndOnTheirTimers) {
     const std::size_t asked = wanRequests.size() + tailscaleRequests.size();
     second(0, 500);
     EXPECT_EQ(wanRequests.size() + tailscaleRequests.size(), asked) << "asked after stop()";
+}
+
+// Services that do not answer: whatever the user does, one request of each kind is under way.
+TEST_F(NetworkModuleTest, RequestsDoNotPileUp) {
+    start();
+    for (int round = 0; round < 50; ++round) {
+        module->detailPopoverWillShow();
+        module->detailPopoverDidClose();
+        settings.lookUpWAN = false;
+        settings.lookUpWAN = true;
+        second(0, 130);  // every timer is due
+    }
+    EXPECT_EQ(wanRequests.size(), 1u);
+    EXPECT_EQ(tailscaleRequests.size(), 1u);
+    wanRequests[0](QStringLiteral("203.0.113.9"));
+    EXPECT_EQ(module->viewModel().wanIP.value(), QStringLiteral("203.0.113.9"));
+    module->detailPopoverWillShow();
+    EXPECT_EQ(wanRequests.size(), 2u) << "an answer lets the next one go";
 }
 
 TEST_F(NetworkModuleTest, SwitchedOffNobodyIsAskedForThePublicAddress) {

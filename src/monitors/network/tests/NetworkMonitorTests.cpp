@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "FakeNetwork.h"
 #include "monitors/network/InterfaceInfo.h"
 #include "monitors/network/InterfaceMode.h"
@@ -61,6 +63,32 @@ TEST(NetworkMonitorTest, RatesOfTheSecondReading) {
         EXPECT_NEAR(rate.up, row.rate.up, row.rate.up * 1e-9);
         EXPECT_EQ(monitor.sessionDown(), row.sessionDown);
         EXPECT_EQ(monitor.sessionUp(), row.sessionUp);
+    }
+}
+
+// A gap that was waited for under a long interval still counts when the interval was shortened
+// meanwhile; a suspended machine is a gap all the same, and the reading after counts by its own.
+TEST(NetworkMonitorTest, AChangedIntervalLosesNothing) {
+    const struct {
+        double before;
+        double after;
+        double gap;
+        double rate;
+    } rows[] = {{5, 1, 4.9, 1000}, {1, 5, 4.9, 1000}, {5, 1, 15.1, 0}, {1, 5, 15.1, 0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.gap);
+        FakeNetwork network;
+        HandClock clock;
+        NetworkMonitor monitor(network, clock);
+        network.links = {ethernet("eth0", 2)};
+        monitor.sample(row.before);
+        clock.now += row.gap;
+        network.links[0].received += static_cast<std::uint64_t>(std::llround(1000 * row.gap));
+        EXPECT_NEAR(monitor.sample(row.after).at("eth0").down, row.rate, 1e-6);
+        EXPECT_NEAR(static_cast<double>(monitor.sessionDown()), row.rate * row.gap, 1e-6);
+        clock.now += 3.1 * row.after;
+        network.links[0].received += 1'000'000;
+        EXPECT_EQ(monitor.sample(row.after).at("eth0").down, 0) << "judged by a past interval";
     }
 }
 

@@ -65,7 +65,20 @@ TEST(NetworkPopoverTest, ShowsWhatTheModelHolds) {
     };
     EXPECT_TRUE(named(QStringLiteral("WAN Not available")));
     EXPECT_FALSE(named(QStringLiteral("Tailscale")));
-    EXPECT_TRUE(named(QStringLiteral("No active network traffic")));
+    const struct {
+        TrafficState state;
+        const char16_t* text;
+    } rows[] = {
+        {TrafficState::waiting, u"Sampling…"},
+        {TrafficState::silent, u"Traffic helper not responding; trying again"},
+        {TrafficState::ended, u"Traffic helper ended; trying again"},
+        {TrafficState::missing, u"Traffic helper cannot be started"},
+        {TrafficState::live, u"No active network traffic"},
+    };
+    for (const auto& row : rows) {
+        model.trafficState = row.state;
+        EXPECT_TRUE(named(QString::fromUtf16(row.text))) << static_cast<int>(row.state);
+    }
     const int empty = popover.snapshot(1).height();
 
     model.looksUpWAN = false;
