@@ -76,6 +76,9 @@ void ItemModule::settingsChanged() {
     if (running) {
         startTimer();
         render();
+        if (popover) {
+            popover->settingsChanged();
+        }
     }
 }
 

@@ -134,13 +134,14 @@ void MeterGraph::drawBarRow(QPainter& painter, const QRectF& rect, std::span<con
     const QRectF area = snapped(painter, rect);
     const double scale = devicePixelsPerPoint(painter);
     const double slot = rect.width() / static_cast<double>(values.size());
-    if (slot * scale < 2 && spacing > 0) {
+    if (slot * scale < 2) {
         drawColumns(painter, area, values, scale, color, trackColor);
         return;
     }
     // All bars get the same whole number of pixels, and a gap of at least one stays where there is
     // one to begin with.
-    double pixels = std::round(std::max(slot - spacing, 1.0) * scale);
+    // Halves go down, as those of a bar's place go up: the last bar ends where it should.
+    double pixels = std::ceil(std::max(slot - spacing, 1.0) * scale - 0.5);
     if (spacing > 0) {
         pixels = std::min(pixels, std::floor(slot * scale) - 1);
     }

@@ -15,6 +15,7 @@ namespace vostel {
 namespace {
 
 constexpr int barsPerRow = 64;
+constexpr std::size_t manyBars = 32;  // in a row; more have narrow gaps, and without room none
 constexpr int mostRows = 8;
 constexpr int singleHeight = 40;
 constexpr int stackedHeight = 22;
@@ -78,6 +79,12 @@ void BarMeter::paintEvent(QPaintEvent*) {
     const std::size_t perRow = (values.size() + rows - 1) / rows;
     const double rowHeight =
         (height() - rowGap * (static_cast<double>(rows) - 1)) / static_cast<double>(rows);
+    double gap = spacing;
+    if (2 * static_cast<int>(perRow) > width()) {
+        gap = 0;
+    } else if (perRow > manyBars) {
+        gap = std::min(spacing, 1.0);
+    }
     for (std::size_t row = 0; row * perRow < values.size(); ++row) {
         const auto part = std::span<const double>(values).subspan(
             row * perRow, std::min(perRow, values.size() - row * perRow));
@@ -87,9 +94,8 @@ void BarMeter::paintEvent(QPaintEvent*) {
         const double share = static_cast<double>(part.size()) / static_cast<double>(places);
         const double y = height() - (static_cast<double>(row) + 1) * rowHeight -
                          static_cast<double>(row) * rowGap;
-        MeterGraph::drawBarRow(painter, QRectF(0, y, (width() + spacing) * share, rowHeight), part,
-                               part.size() > 32 ? std::min(spacing, 1.0) : spacing, fill,
-                               theme.track);
+        MeterGraph::drawBarRow(painter, QRectF(0, y, (width() + gap) * share, rowHeight), part, gap,
+                               fill, theme.track);
     }
 }
 

@@ -37,6 +37,9 @@ class Popover : public QWidget {
     void showAtPoint(const QPoint& point);
     void showAtCorner();
 
+    // The item's settings changed: what is shown follows, open or not.
+    virtual void settingsChanged() {}
+
     // Whether a press at the item just now closed this popover, so that the release of the same
     // click must not open it again. `position` is that of the release. To be asked once for each
     // click of the item: the next click is a new one.

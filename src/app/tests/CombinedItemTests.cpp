@@ -203,5 +203,44 @@ TEST_F(CombinedItemTest, ownItemsAndSegmentsLiveSideBySide) {
     EXPECT_EQ(combined()->segmentRanges().size(), 4U);
 }
 
+// Catches a default that switches it on, and another order of the segments, where neither a first
+// run nor the user chose anything.
+TEST(CombinedDefaultsTest, withoutASettingItIsOffAndKeepsTheOrderOfTheCatalog) {
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("s.plist"));
+    DefaultsStore(file, nullptr).set(QStringLiteral("app.hasLaunched"), true);
+    AppServices services{makeNullPlatform(), file};
+    services.network.lookUpWAN = false;
+    ItemOrder order{services.defaults, itemNames()};
+    OffscreenBar bar{order};
+    AppDelegate delegate{services, bar};
+    delegate.moduleManager->loadEnabledModules();
+    QStringList shown;
+    for (const BarItem* item : bar.items()) {
+        shown << item->name();
+    }
+    EXPECT_EQ(shown.join(u' '),
+              QStringLiteral("vostel.network vostel.cpu vostel.memory vostel.gpu"));
+
+    const QStringList catalog{QStringLiteral("network Network Graph"),
+                              QStringLiteral("cpu CPU Graph"), QStringLiteral("gpu GPU Bar"),
+                              QStringLiteral("memory Memory Bar")};
+    QStringList available;
+    for (const auto& entry : services.combined.available()) {
+        available << entry.id + u' ' + entry.title;
+        services.combined.setEnabled(entry.id, true);
+    }
+    EXPECT_EQ(available, catalog);
+    delegate.moduleManager->setEnabled(true, QStringLiteral("combined"));
+    const auto* item =
+        dynamic_cast<ShownItem*>(delegate.moduleManager->running(QStringLiteral("combined")));
+    ASSERT_NE(item, nullptr);
+    QStringList segments;
+    for (const QVariant& segment : item->statusValues()[QStringLiteral("segments")].toList()) {
+        segments << segment.toMap()[QStringLiteral("id")].toString();
+    }
+    EXPECT_EQ(segments.join(u' '), QStringLiteral("network cpu gpu memory"));
+}
+
 }  // namespace
 }  // namespace vostel

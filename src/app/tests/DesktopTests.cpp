@@ -359,11 +359,91 @@ TEST_F(Desktop, QuitInTheMenuEndsItAndKeepsTheLastChange) {
     home.seed(moduleIds());
     auto program = start();
     ASSERT_TRUE(until(hasBar));
+    ASSERT_NO_FATAL_FAILURE(clickModuleRow(0));
+    ASSERT_TRUE(until([] { return windows().empty(); }));
+    // At once: the change still waits for others to be written with it.
     const QRect menu = opened([] { click(lastItem, 3); });
     ASSERT_FALSE(menu.isNull());
     click(QPoint(menu.center().x(), menu.bottom() - 8));
     EXPECT_EQ(program->wait(), 0);
     EXPECT_EQ(errors(*program), "");
+    for (const QString& id : moduleIds()) {
+        EXPECT_EQ(home.isOnDisk(QStringLiteral("module.%1.enabled").arg(id)),
+                  id != moduleIds().front())
+            << id.toStdString();
+    }
+}
+
+TEST_F(Desktop, TheFirstRunOpensTheSettingsWindow) {
+    auto program = start();
+    ASSERT_TRUE(until(hasBar));
+    ASSERT_TRUE(until([] { return windows().size() == 1; }));
+    EXPECT_EQ(tool({QStringLiteral("getwindowname"), windows().begin()->first}).trimmed(),
+              QStringLiteral("Vostel Settings"));
+    expectCleanEnd(*program);
+    EXPECT_TRUE(home.isOnDisk(QStringLiteral("app.hasLaunched")));
+    EXPECT_TRUE(home.isOnDisk(QStringLiteral("module.cpu.enabled")));
+    program = start();
+    ASSERT_TRUE(until(hasBar));
+    // It would have opened before this popover.
+    EXPECT_FALSE(opened([] { click(lastItem); }).isNull());
+    EXPECT_EQ(windows().size(), 1U) << "no first run any more";
+    expectCleanEnd(*program);
+}
+
+// Catches an entry that is missing, that stays, that stands beside the settings window, or that
+// leads nowhere.
+TEST_F(Desktop, TheTaskbarEntryIsThereWhileItIsWantedAndNoWindowIs) {
+    home.seed(moduleIds());
+    const auto property = [](const QStringList& window, const char* name) {
+        return XServer::run(QStringLiteral("xprop"), window + QStringList{QLatin1String(name)});
+    };
+    // The minimised ones among the windows that a taskbar is told of.
+    const auto entries = [&] {
+        QStringList found = property({QStringLiteral("-root")}, "_NET_CLIENT_LIST")
+                                .section(u'#', 1)
+                                .split(u',', Qt::SkipEmptyParts);
+        found.removeIf([&](const QString& id) {
+            return !property({QStringLiteral("-id"), id.trimmed()}, "_NET_WM_STATE")
+                        .contains(QStringLiteral("_NET_WM_STATE_HIDDEN"));
+        });
+        return found;
+    };
+    const auto toggle = [&](const QRect& window) {
+        const bool before = home.isOnDisk(QStringLiteral("app.showDock"));
+        const QRect row = foundRow(window, QStringLiteral("dock icon"));
+        ASSERT_FALSE(row.isNull());
+        tool({QStringLiteral("key"), QStringLiteral("Escape")});  // ends the search
+        click(QPoint(row.right() - 20, row.center().y()));
+        EXPECT_TRUE(until([&] { return home.isOnDisk(QStringLiteral("app.showDock")) != before; }));
+    };
+    const auto close = [] {
+        tool({QStringLiteral("key"), QStringLiteral("Escape")});
+        EXPECT_TRUE(until([] { return windows().empty(); }));
+    };
+    auto program = start();
+    ASSERT_TRUE(until(hasBar));
+    QRect window = opened([this] { start()->wait(); });
+    ASSERT_FALSE(window.isNull());
+    EXPECT_EQ(entries(), QStringList());
+    ASSERT_NO_FATAL_FAILURE(toggle(window));
+    EXPECT_EQ(entries(), QStringList()) << "the window is the entry";
+    close();
+    ASSERT_TRUE(until([&] { return entries().size() == 1; }));
+    expectCleanEnd(*program);
+
+    program = start();
+    ASSERT_TRUE(until([&] { return hasBar() && entries().size() == 1; })) << "at the start";
+    window = opened([&] { tool({QStringLiteral("windowactivate"), entries().front().trimmed()}); });
+    ASSERT_FALSE(window.isNull());
+    EXPECT_EQ(tool({QStringLiteral("getwindowname"), windows().begin()->first}).trimmed(),
+              QStringLiteral("Vostel Settings"));
+    EXPECT_TRUE(until([&] { return entries().isEmpty(); }));
+    ASSERT_NO_FATAL_FAILURE(toggle(window));
+    close();
+    EXPECT_FALSE(opened([] { click(lastItem); }).isNull());  // an entry would be there by now
+    EXPECT_EQ(entries(), QStringList());
+    expectCleanEnd(*program);
 }
 
 TEST_F(Desktop, DraggedOrderSurvivesARestart) {

@@ -127,6 +127,23 @@ TEST_F(ItemModuleTest, TicksAtTheEffectiveIntervalAndStops) {
     EXPECT_FALSE(bar.click(QStringLiteral("vostel.plain")));
 }
 
+// Catches timers that no other can share a wake-up with, and graphs with uneven steps.
+TEST_F(ItemModuleTest, ATickMayComeLateByThreeTwentiethsOfTheInterval) {
+    for (const double interval : {1.0, 2.0}) {
+        settings.intervalOverride = interval;
+        module.start();
+        const double due = clock->now + interval;
+        for (const auto& [late, shared] : {std::pair(0.149, true), std::pair(0.151, false)}) {
+            const double other = due + late * interval;
+            // A timer that is due just then, and patient.
+            const auto tick = scheduler.every(other / 500, 1, [] {});
+            EXPECT_NEAR(clock->now + *scheduler.nextWakeUp(), shared ? other : due, 1e-6)
+                << late << " of " << interval;
+        }
+        module.stop();
+    }
+}
+
 TEST_F(ItemModuleTest, EmbeddedItReportsInsteadOfShowing) {
     int reports = 0;
     module.onImageChanged = [&] { ++reports; };

@@ -84,7 +84,8 @@ QVariantMap CPUModule::statusValues() const {
 }
 
 std::unique_ptr<Popover> CPUModule::makePopover() {
-    return std::make_unique<CPUPopover>(model, settings, layout(), [this] { openSettingsPanel(); });
+    return std::make_unique<CPUPopover>(
+        model, settings, [this] { return layout(); }, [this] { openSettingsPanel(); });
 }
 
 }  // namespace vostel

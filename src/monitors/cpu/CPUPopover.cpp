@@ -5,25 +5,21 @@
 namespace vostel {
 
 CPUPopover::CPUPopover(CPUViewModel& viewModel, const CPUSettings& ownSettings,
-                       const CoreLayout& coreLayout, std::function<void()> openSettings)
+                       std::function<CoreLayout()> coreLayout, std::function<void()> openSettings)
     : UsagePopover(QStringLiteral("CPU"), QStringLiteral("Overall load, history"), viewModel,
                    ownSettings),
       model(viewModel),
       cpuSettings(ownSettings),
-      layout(coreLayout),
+      layout(std::move(coreLayout)),
       coresTitle(new SectionTitle(QString())),
-      cores(new BarMeter) {
-    add(coresTitle);
-    add(cores);
-    if (cpuSettings.splitCores() && cpuSettings.showPerCoreBars() && layout.isSplit()) {
-        efficiencyTitle = new SectionTitle(QString());
-        efficiency = new BarMeter;
-        efficiency->setName(QStringLiteral("Efficiency cores"));
-        add(efficiencyTitle);
-        add(efficiency);
+      cores(new BarMeter),
+      efficiencyTitle(new SectionTitle(QString())),
+      efficiency(new BarMeter) {
+    efficiency->setName(QStringLiteral("Efficiency cores"));
+    for (Piece* piece :
+         std::initializer_list<Piece*>{coresTitle, cores, efficiencyTitle, efficiency}) {
+        add(piece);
     }
-    cores->setName(efficiency != nullptr ? QStringLiteral("Performance cores")
-                                         : QStringLiteral("Cores"));
     follow(model.overall, [this] { header->setValue(percent(model.overall.value())); });
     follow(model.perCore, [this] { showCores(); });
     addTopApps(
@@ -33,18 +29,22 @@ CPUPopover::CPUPopover(CPUViewModel& viewModel, const CPUSettings& ownSettings,
 }
 
 void CPUPopover::showCores() {
-    cores->setColor(cpuSettings.effForeground());
-    if (efficiency == nullptr) {
-        coresTitle->setText(QStringLiteral("PER CORE (%1)").arg(model.perCore.value().size()));
-        cores->setValues(model.perCore.value());
-        return;
-    }
-    CoreGroups groups = layout.split(model.perCore.value());
-    coresTitle->setText(QStringLiteral("PERFORMANCE (%1)").arg(groups.performance.size()));
+    const CoreLayout kinds = layout();
+    const bool isSplit =
+        cpuSettings.splitCores() && cpuSettings.showPerCoreBars() && kinds.isSplit();
+    CoreGroups groups =
+        isSplit ? kinds.split(model.perCore.value()) : CoreGroups{model.perCore.value(), {}};
+    coresTitle->setText(
+        (isSplit ? QStringLiteral("PERFORMANCE (%1)") : QStringLiteral("PER CORE (%1)"))
+            .arg(groups.performance.size()));
     efficiencyTitle->setText(QStringLiteral("EFFICIENCY (%1)").arg(groups.efficiency.size()));
+    cores->setName(isSplit ? QStringLiteral("Performance cores") : QStringLiteral("Cores"));
+    cores->setColor(cpuSettings.effForeground());
     cores->setValues(std::move(groups.performance));
     efficiency->setColor(cpuSettings.efficiencyColor());
     efficiency->setValues(std::move(groups.efficiency));
+    efficiencyTitle->setVisible(isSplit);
+    efficiency->setVisible(isSplit);
 }
 
 }  // namespace vostel

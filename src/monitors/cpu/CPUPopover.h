@@ -15,8 +15,9 @@ class CPUPopover : public UsagePopover {
     Q_OBJECT
 
   public:
-    // Follows `model` while it lives.
-    CPUPopover(CPUViewModel& model, const CPUSettings& settings, const CoreLayout& layout,
+    // Follows `model` while it lives. `layout` tells how many processors of each kind there are at
+    // the moment.
+    CPUPopover(CPUViewModel& model, const CPUSettings& settings, std::function<CoreLayout()> layout,
                std::function<void()> openSettings);
 
   private:
@@ -24,11 +25,11 @@ class CPUPopover : public UsagePopover {
 
     CPUViewModel& model;
     const CPUSettings& cpuSettings;
-    const CoreLayout layout;
+    std::function<CoreLayout()> layout;
     SectionTitle* coresTitle;
     BarMeter* cores;
-    SectionTitle* efficiencyTitle = nullptr;  // null where the processors are of one kind
-    BarMeter* efficiency = nullptr;
+    SectionTitle* efficiencyTitle;  // both hidden while the processors are not split
+    BarMeter* efficiency;
 };
 
 }  // namespace vostel

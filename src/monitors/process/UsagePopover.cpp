@@ -22,6 +22,12 @@ UsagePopover::UsagePopover(const QString& title, const QString& graphName, Usage
     });
 }
 
+void UsagePopover::settingsChanged() {
+    for (const auto& show : shows) {
+        show();
+    }
+}
+
 void UsagePopover::addTopApps(SystemApp::MonitorTab tab, const QString& placeholder,
                               std::function<QString(double)> format,
                               std::function<void()> openSettings, int reserved) {

@@ -21,6 +21,9 @@ namespace vostel {
 class UsagePopover : public Popover {
     Q_OBJECT
 
+  public:
+    void settingsChanged() override;
+
   protected:
     // Begins with heading and graph. Follows `model` while it lives.
     UsagePopover(const QString& title, const QString& graphName, UsageViewModel& model,
@@ -33,11 +36,12 @@ class UsagePopover : public Popover {
                     std::function<QString(double)> format, std::function<void()> openSettings,
                     int reserved = TopApps::limit);
 
-    // Calls `show` now and at each change of `property`.
+    // Calls `show` now and at each change of `property` or of the settings.
     template <typename T>
     void follow(QProperty<T>& property, std::function<void()> show) {
         notifiers.push_back(property.addNotifier(show));
         show();
+        shows.push_back(std::move(show));
     }
 
     static QString percent(double fraction);  // "37%"
@@ -51,6 +55,7 @@ class UsagePopover : public Popover {
   private:
     UsageViewModel& frame;
     std::vector<QPropertyNotifier> notifiers;
+    std::vector<std::function<void()>> shows;
 };
 
 }  // namespace vostel

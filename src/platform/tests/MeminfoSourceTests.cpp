@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "platform/linux/MeminfoSource.h"
 #include "platform/tests/TemporaryTree.h"
 
@@ -41,6 +43,41 @@ TEST_F(MeminfoTest, LaptopWithZram) {
         (16069348.0 - 512340 - 2108 - (4803124 - 903412) - 310224 - 120044) * kB;
     EXPECT_EQ(used(), expected);
     EXPECT_EQ(source.physicalMemory(), 16069348 * kB);
+}
+
+// Catches compressed pages that are left out, counted twice or taken for something reclaimable.
+TEST_F(MeminfoTest, CompressedPagesInZswapAndInSeveralZramDevices) {
+    const auto meminfo = [](const char* zswap) {
+        return std::string(
+                   "MemTotal:        8000000 kB\nMemFree:         1000000 kB\nBuffers:           "
+                   "10000 kB\nCached:          2000000 kB\nSwapCached:        50000 kB\nAnonPages: "
+                   " "
+                   "     3000000 kB\nShmem:            200000 kB\nSReclaimable:     140000 kB\n") +
+               "Zswap:            " + zswap + " kB\nZswapped:        1900000 kB\n";
+    };
+    constexpr double all = (8000000.0 - 1000000 - 10000 - 1800000 - 140000 - 50000) * kB;
+    constexpr double held = (3000000.0 + 200000) * kB;
+    const struct {
+        const char* zswap;
+        std::vector<const char*> zram;  // mm_stat: what was written, compressed, memory used, ...
+        double compressed;
+    } rows[] = {
+        {"700000", {}, 700000 * kB},
+        {"0", {"4096 2048 81920000 0 0 0 0 0 0\n", "4096 2048 1024000 0 0 0 0 0 0\n"}, 82944000},
+        {"700000", {"4096 2048 81920000 0 0 0 0 0 0\n"}, 700000 * kB + 81920000},
+    };
+    for (const auto& row : rows) {
+        std::filesystem::remove_all(tree.root + "/sys");
+        tree.write("proc/meminfo", meminfo(row.zswap));
+        for (std::size_t i = 0; i < row.zram.size(); ++i) {
+            tree.write("sys/block/zram" + std::to_string(i) + "/mm_stat", row.zram[i]);
+        }
+        const auto counters = MeminfoSource(roots).counters();
+        ASSERT_TRUE(counters);
+        EXPECT_EQ(counters->compressed, row.compressed);
+        EXPECT_EQ(counters->active, held);
+        EXPECT_EQ(counters->wired, all - held - row.compressed);
+    }
 }
 
 TEST_F(MeminfoTest, ServerWithZfs) {

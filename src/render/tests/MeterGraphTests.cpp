@@ -78,6 +78,52 @@ TEST(MeterGraph, singleBarFillsFromTheBottomAboveHalfAPoint) {
     EXPECT_EQ(small.pixelColor(4, 20).green(), 0);
 }
 
+// Catches sharp, and too round, corners: a quarter circle is 0.29 of its radius away from the
+// corner of its square, on the diagonal.
+TEST(MeterGraph, cornersAreRoundUpToOneAndAHalfPoints) {
+    constexpr int scale = 40;
+    const struct {
+        const char* what;
+        double width;
+        double height;
+        double value;  // what is seen ends there
+        double radius;
+    } rows[] = {
+        {"wide", 8, 22, 1, 1.5},
+        {"no wider than two points", 2, 22, 1, 1},
+        {"lower than wide", 8, 2, 1, 1},
+        {"half full", 8, 22, 0.5, 1.5},
+        {"nearly empty", 8, 20, 0.05, 0.5},
+    };
+    for (const auto& row : rows) {
+        for (const bool single : {true, false}) {
+            const QImage image = drawn(8, 22, scale, [&](QPainter& painter) {
+                const QRectF rect(0, 0, row.width, row.height);
+                if (single) {
+                    MeterGraph::drawSingleBar(painter, rect, row.value, data, Qt::transparent);
+                } else {
+                    MeterGraph::drawBarRow(painter, rect, {&row.value, 1}, 0, data,
+                                           Qt::transparent);
+                }
+            });
+            const double height = row.height * row.value * scale;
+            const auto diagonal = [&](double share, bool top) {  // share of the way to the curve
+                const int step =
+                    static_cast<int>(row.radius * scale * (1 - std::sqrt(0.5)) * share);
+                const int y = top ? image.height() - static_cast<int>(height) + step
+                                  : image.height() - 1 - step;
+                return std::max(
+                    image.pixelColor(step, y).alpha(),
+                    image.pixelColor(static_cast<int>(row.width * scale) - 1 - step, y).alpha());
+            };
+            for (const bool top : {true, false}) {
+                EXPECT_EQ(diagonal(0.85, top), 0) << row.what << (single ? "" : ", in a row");
+                EXPECT_EQ(diagonal(1.15, top), 255) << row.what << (single ? "" : ", in a row");
+            }
+        }
+    }
+}
+
 TEST(MeterGraph, nothingIsDrawnInAnEmptyRectangle) {
     const std::vector<double> values(4, 1.0);
     const QImage image = drawn(8, 22, 1, [&](QPainter& painter) {

@@ -96,16 +96,13 @@ void fillManyCores(Popover& popover) {
     auto* header = new HeaderRow(QStringLiteral("CPU"));
     header->setValue(QStringLiteral("7%"));
     popover.add(header);
-    popover.add(new SectionTitle(QStringLiteral("PER CORE (256)")));
-    auto* cores = new BarMeter;
-    cores->setValues(wave(256, 0.4));
-    cores->setColor(green);
-    popover.add(cores);
-    popover.add(new SectionTitle(QStringLiteral("PER CORE (1024)")));
-    auto* more = new BarMeter;
-    more->setValues(wave(1024, 0.1));
-    more->setColor(green);
-    popover.add(more);
+    for (const int count : {4, 16, 33, 64, 65, 96, 128, 192, 256, 1024}) {
+        popover.add(new SectionTitle(QStringLiteral("PER CORE (%1)").arg(count)));
+        auto* cores = new BarMeter;
+        cores->setValues(wave(count, 0.4));
+        cores->setColor(green);
+        popover.add(cores);
+    }
     popover.add(new SectionTitle(QStringLiteral("TOP APPS")));
     popover.add(new ProcessList(QStringLiteral("Sampling…")));
     popover.setFooter(new FooterButtons);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <QAbstractButton>
 #include <QClipboard>
 #include <QGuiApplication>
@@ -129,29 +131,53 @@ TEST(NoteLine, takesNoRoomWithoutText) {
     EXPECT_TRUE(note.isHidden());
 }
 
-// Catches lost or squeezed bars: each of 256 processors is to be seen.
-TEST(BarMeter, manyBarsWrapIntoRows) {
+// Catches lost, squeezed and cut bars: each of 256 processors is to be seen, as wide as the others.
+TEST(BarMeter, everyBarOfEveryRowIsWhole) {
+    for (const int count : {1, 4, 5, 12, 32, 33, 64, 65, 96, 128, 192, 256, 511}) {
+        for (const double scale : {1.0, 1.25, 2.0}) {
+            BarMeter meter;
+            meter.setColor(QColor(0, 255, 0));
+            meter.setValues(std::vector<double>(static_cast<std::size_t>(count), 1.0));
+            meter.resize(300, meter.sizeHint().height());
+            QImage image((QSizeF(meter.size()) * scale).toSize(), QImage::Format_RGB32);
+            image.setDevicePixelRatio(scale);
+            image.fill(Qt::black);
+            meter.render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
+            const auto isLit = [&](int x, int y) { return image.pixelColor(x, y).green() > 128; };
+            std::vector<int> widths;  // of the bars, counted in the middle row of each row of them
+            for (int y = 0, top = 0; y <= image.height(); ++y) {
+                const int middle = image.width() / count / 2;  // of a bar, however many rows
+                if (y < image.height() && isLit(middle, y)) {
+                    continue;
+                }
+                for (int x = 0; y > top && x < image.width(); ++x) {
+                    const int line = (top + y) / 2;
+                    if (isLit(x, line) && (x == 0 || !isLit(x - 1, line))) {
+                        widths.push_back(0);
+                    }
+                    if (isLit(x, line)) {
+                        ++widths.back();
+                    }
+                }
+                top = y + 1;
+            }
+            ASSERT_EQ(widths.size(), static_cast<std::size_t>(count)) << "at " << scale;
+            EXPECT_EQ(std::ranges::count(widths, widths.front()), count)
+                << count << " at " << scale << ": the last is " << widths.back() << " wide, not "
+                << widths.front();
+        }
+    }
+}
+
+TEST(BarMeter, theLastOfThousandsIsSeen) {
     BarMeter meter;
     meter.setColor(QColor(0, 255, 0));
-    meter.setValues(std::vector<double>(256, 1.0));
+    std::vector<double> values(2048, 0.0);
+    values.back() = 1;
+    meter.setValues(values);
     meter.resize(300, meter.sizeHint().height());
-    QImage image(meter.size(), QImage::Format_RGB32);
-    image.fill(Qt::black);
-    meter.render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
-    int bars = 0;
-    bool insideRow = false;
-    for (int y = 0; y < image.height(); ++y) {
-        bool lit = false;
-        int starts = 0;
-        for (int x = 0; x < image.width(); ++x) {
-            const bool here = image.pixelColor(x, y).green() > 128;
-            starts += here && !lit ? 1 : 0;
-            lit = here;
-        }
-        bars += starts > 0 && !insideRow ? starts : 0;
-        insideRow = starts > 0;
-    }
-    EXPECT_EQ(bars, 256);
+    const QImage image = meter.grab().toImage();
+    EXPECT_EQ(image.pixelColor(299, image.height() - 5), QColor(0, 255, 0));
 }
 
 // Catches an icon of 16 pixels drawn large in a picture at scale 2.

@@ -102,14 +102,18 @@ TEST_F(NetworkModuleTest, RatesPeaksAndTotals) {
     start();
     EXPECT_EQ(module->viewModel().current.value(), NetSample());
     double highest = 0;
+    double highestUp = 0;
     for (const std::uint64_t bytes : {1000u, 5'000'000u, 200u, 0u, 7000u}) {
         second(bytes);
         const NetworkViewModel& model = module->viewModel();
         EXPECT_EQ(model.current.value(), (NetSample{double(bytes), double(bytes / 10)}));
         EXPECT_GE(model.peakDown.value(), highest) << "a peak fell";
         highest = model.peakDown.value();
+        EXPECT_GE(model.peakUp.value(), highestUp) << "a peak fell";
+        highestUp = model.peakUp.value();
     }
     EXPECT_EQ(highest, 5e6);
+    EXPECT_EQ(highestUp, 5e5);
     EXPECT_EQ(module->viewModel().sessionDown.value(), 5'008'200);
     EXPECT_EQ(module->viewModel().sessionUp.value(), 500'820);
     EXPECT_EQ(module->viewModel().aggregate.value().size(), 6u);
@@ -120,6 +124,18 @@ TEST_F(NetworkModuleTest, RatesPeaksAndTotals) {
         second(1);
     }
     EXPECT_EQ(module->viewModel().aggregate.value().size(), 60u);
+    // The peaks are older than the history by now, and stay.
+    EXPECT_EQ(module->viewModel().peakDown.value(), 5e6);
+    EXPECT_EQ(module->viewModel().peakUp.value(), 5e5);
+    EXPECT_EQ(module->statusValues()[QStringLiteral("peakDown")].toDouble(), 5e6);
+    EXPECT_EQ(module->statusValues()[QStringLiteral("peakUp")].toDouble(), 5e5);
+    const auto pieces = module->detailPopover()->findChildren<QWidget*>();
+    EXPECT_TRUE(std::any_of(pieces.begin(), pieces.end(), [](const QWidget* piece) {
+        return piece->accessibleName() ==
+               QStringLiteral(
+                   "Download 1.0\u2009B/s, peak 4.8\u2009M/s; upload 0.0\u2009B/s, "
+                   "peak 488\u2009K/s");
+    }));
 }
 
 TEST_F(NetworkModuleTest, NoSpikeAndNoStaleRateAfterAGap) {
