@@ -20,6 +20,8 @@ floor_of() {
 
 bad=0
 list=$(mktemp)
+trap 'rm -f "$list"' EXIT
+trap 'exit 1' INT TERM
 grep -rnE '^#include "[a-z]+/' --include='*.h' --include='*.cpp' . | sed 's|^\./||' >"$list"
 while IFS=: read -r file line text; do
     target=$(printf '%s' "$text" | sed -E 's/^#include "([^"]+)".*/\1/')
@@ -34,6 +36,5 @@ if grep -rnE '#include <Q' platform; then
     bad=1
 fi
 checked=$(wc -l <"$list")
-rm -f "$list"
 [ "$checked" -gt 0 ] || { echo "no includes found: the check is broken"; exit 2; }
 exit $bad

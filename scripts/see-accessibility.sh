@@ -16,6 +16,7 @@ work=$(mktemp -d)
 started=
 # shellcheck disable=SC2086  # a list of process ids
 trap 'kill $started 2>/dev/null || true; rm -rf "$work"' EXIT
+trap 'exit 1' INT TERM
 mkdir -m 700 "$work/runtime" "$work/config"
 export XDG_RUNTIME_DIR="$work/runtime" XDG_CONFIG_HOME="$work/config" HOME="$work"
 export QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1

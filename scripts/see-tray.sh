@@ -167,6 +167,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+trap 'exit 1' INT TERM
 mkdir -m 700 "$work/runtime" "$work/home" "$work/out"
 as=
 if [ "$(id -u)" = 0 ]; then

@@ -52,7 +52,15 @@ Display reachedDisplay(Display found) {
     if (found == Display::None || QGuiApplication::platformName() != QStringLiteral("offscreen")) {
         return found;
     }
-    logLine(QStringLiteral("the display cannot be used; is it there, and Qt's plugin for it?"));
+    // Where the plugins come from: Debian has xcb in the package of the library itself, and
+    // Wayland's apart.
+    logLine(
+        found == Display::Wayland
+            ? QStringLiteral(
+                  "the Wayland display cannot be used: nothing answers there, or Qt's plugin for "
+                  "it (package qt6-wayland) is not installed; going on without it")
+            : QStringLiteral("the X display cannot be used: Qt's plugin xcb does not load; with "
+                             "QT_DEBUG_PLUGINS=1 it says why; going on without it"));
     return Display::None;
 }
 

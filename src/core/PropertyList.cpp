@@ -40,7 +40,10 @@ std::optional<PropertyList> PropertyList::parse(const QByteArray& bytes, bool* n
         return std::nullopt;
     }
     plist_t node = nullptr;
-    plist_from_memory(bytes.constData(), static_cast<std::uint32_t>(bytes.size()), &node);
+    // Each form by the name of its reader: what looks for the form itself has other parameters in
+    // newer versions of the library, and finds JSON and OpenStep text, whose lists nobody counted.
+    const auto read = isBinaryPropertyList(bytes) ? plist_from_bin : plist_from_xml;
+    read(bytes.constData(), static_cast<std::uint32_t>(bytes.size()), &node);
     PlistNode root(node);
     if (!root) {
         return std::nullopt;

@@ -141,8 +141,12 @@ int occurrences(const QByteArray& text, const char* word) {
 
 }  // namespace
 
+bool isBinaryPropertyList(const QByteArray& bytes) {
+    return bytes.startsWith("bplist");
+}
+
 bool isPropertyListBounded(const QByteArray& bytes) {
-    if (bytes.startsWith("bplist")) {
+    if (isBinaryPropertyList(bytes)) {
         return BinaryForm(bytes).isBounded();
     }
     return occurrences(bytes, "<dict") + occurrences(bytes, "<array") <= mostContainers;

@@ -4,6 +4,9 @@
 
 namespace vostel {
 
+// Whether the bytes begin as the binary form does; anything else is read as XML.
+bool isBinaryPropertyList(const QByteArray& bytes);
+
 // Whether a property list can be read without taking the stack or the memory down. What parses,
 // copies and frees one goes down into every nested list, and a binary one may name the same object
 // any number of times, so that a few hundred bytes stand for gigabytes.

@@ -1,5 +1,5 @@
 // The real helper on real sockets: programs in two network namespaces joined by a pair of virtual
-// Ethernet devices. Needs root and iproute2.
+// Ethernet devices. Needs root, iproute2 and /sys.
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -48,8 +48,13 @@ class Child {
     pid_t pid;
 };
 
-void command(const std::string& line) {
-    ASSERT_EQ(std::system((line + " 2>/dev/null").c_str()), 0) << line;
+// A network namespace that nothing names: neither its making nor its use needs a mount.
+Descriptor newNamespace() {
+    const Descriptor own(open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC));
+    EXPECT_EQ(unshare(CLONE_NEWNET), 0) << "this kernel makes no network namespaces";
+    Descriptor made(open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC));
+    EXPECT_EQ(setns(own.get(), CLONE_NEWNET), 0);
+    return made;
 }
 
 // Two namespaces, 10.9.0.1 and fd09::1 in the first, 10.9.0.2 and fd09::2 in the second.
@@ -57,28 +62,45 @@ class NettopRealTest : public testing::Test {
   protected:
     static void SetUpTestSuite() {
         ASSERT_EQ(geteuid(), 0u) << "the namespaces of this test need root";
-        // Mounts of this test are seen by nobody else.
-        ASSERT_EQ(unshare(CLONE_NEWNS), 0);
-        ASSERT_EQ(mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr), 0);
-        mkdir("/run/netns", 0755);
-        ASSERT_EQ(mount("none", "/run/netns", "tmpfs", 0, nullptr), 0);
-        if (access("/sys/kernel/tracing/events", F_OK) != 0) {
-            ASSERT_EQ(mount("none", "/sys/kernel/tracing", "tracefs", 0, nullptr), 0)
-                << "this kernel has no tracepoints";
-        }
-        for (const char* line :
-             {"ip netns add A", "ip netns add B",
-              "ip -n A link add vtA type veth peer name vtB netns B",
-              "ip -n A addr add 10.9.0.1/24 dev vtA", "ip -n B addr add 10.9.0.2/24 dev vtB",
-              "ip -n A addr add fd09::1/64 dev vtA nodad",
-              "ip -n B addr add fd09::2/64 dev vtB nodad", "ip -n A link set vtA up",
-              "ip -n B link set vtB up", "ip -n A link set lo up", "ip -n B link set lo up"}) {
-            ASSERT_NO_FATAL_FAILURE(command(line));
+        ASSERT_NO_FATAL_FAILURE(findTracepoints());
+        spaces.emplace("A", newNamespace());
+        spaces.emplace("B", newNamespace());
+        const std::string other =
+            "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(spaces.at("B").get());
+        const std::pair<const char*, std::string> lines[] = {
+            {"A", "link add vtA type veth peer name vtB netns " + other},
+            {"A", "addr add 10.9.0.1/24 dev vtA"},
+            {"A", "addr add fd09::1/64 dev vtA nodad"},
+            {"A", "link set vtA up"},
+            {"A", "link set lo up"},
+            {"B", "addr add 10.9.0.2/24 dev vtB"},
+            {"B", "addr add fd09::2/64 dev vtB nodad"},
+            {"B", "link set vtB up"},
+            {"B", "link set lo up"},
+        };
+        for (const auto& [space, line] : lines) {
+            int status = -1;
+            Child ip([&] {
+                enter(space);
+                _exit(std::system(("ip " + line).c_str()) == 0 ? 0 : 1);
+            });
+            waitpid(std::exchange(ip.pid, -1), &status, 0);
+            ASSERT_EQ(status, 0) << "ip " << line;
         }
     }
+    static void TearDownTestSuite() { spaces.clear(); }
+    // Where they are not mounted yet, they are for this process alone.
+    static void findTracepoints() {
+        if (access("/sys/kernel/tracing/events", F_OK) == 0) return;
+        ASSERT_EQ(unshare(CLONE_NEWNS), 0);
+        // Not "/": in a root that was only changed into, that is no mount point.
+        ASSERT_EQ(mount(nullptr, "/sys", nullptr, MS_REC | MS_PRIVATE, nullptr), 0)
+            << "the tracepoints need /sys: mount -t sysfs sysfs /sys";
+        ASSERT_EQ(mount("none", "/sys/kernel/tracing", "tracefs", 0, nullptr), 0)
+            << "this kernel has no tracepoints";
+    }
     static void enter(const char* space) {
-        const Descriptor file(open((std::string("/run/netns/") + space).c_str(), O_RDONLY));
-        if (setns(file.get(), CLONE_NEWNET) != 0) _exit(9);
+        if (setns(spaces.at(space).get(), CLONE_NEWNET) != 0) _exit(9);
     }
     // A server in B that reads all it gets, on every address.
     static Child server() {
@@ -195,6 +217,8 @@ class NettopRealTest : public testing::Test {
         }
         record.sight = lines.sight();
     }
+
+    static inline std::map<std::string, Descriptor> spaces;
 };
 
 TEST_F(NettopRealTest, ShowsTheBytesOfProgramsThatComeAndGo) {

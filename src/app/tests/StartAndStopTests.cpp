@@ -70,7 +70,7 @@ TEST(StartAndStop, WhatTheMachineLacksIsSaidAndLeftOut) {
         {"--bar=dock", ":4242", "", "", "no X server answers at :4242"},
         {"--bar=dock", "nonsense", "", "", "no X server answers at nonsense"},
         {"--bar=auto", "", "", "unix:path=/nonexistent/bus", "no D-Bus session bus"},
-        {"--bar=auto", "", "wayland-7", "", "display cannot be used"},
+        {"--bar=auto", "", "wayland-7", "", "(package qt6-wayland) is not installed"},
         {"--bar=dock", "", "wayland-7", "", "needs an X server"},
         {"--bar=auto", "", "", "nonsense", "no D-Bus session bus"},
     };

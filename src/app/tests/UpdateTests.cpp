@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <QTimeZone>
+
 #include "app/updates/Appcast.h"
 #include "app/updates/InstallLocation.h"
 #include "app/updates/VersionOrder.h"
@@ -86,7 +88,7 @@ TEST(AppcastTest, readsEveryFieldInEitherForm) {
     EXPECT_EQ(two.page, QUrl(QStringLiteral("https://example.org/2.tar.gz")));
     EXPECT_EQ(two.releaseNotes, QUrl(QStringLiteral("https://example.org/notes")));
     EXPECT_EQ(two.signature, signature);
-    EXPECT_EQ(two.published, QDateTime(QDate(2025, 5, 3), QTime(10, 0), Qt::UTC));
+    EXPECT_EQ(two.published, QDateTime(QDate(2025, 5, 3), QTime(10, 0), QTimeZone::utc()));
     EXPECT_EQ(items->back().shownVersion, QStringLiteral("1.5 & a bit"));
     EXPECT_EQ(items->back().channel, QStringLiteral("beta"));
     EXPECT_FALSE(items->back().published.isValid());

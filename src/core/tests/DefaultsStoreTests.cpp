@@ -97,7 +97,8 @@ TEST_F(DefaultsStoreTest, FilesThatDoNotParseAreSetAside) {
         good.left(good.size() / 2),
         QByteArray::fromHex("00ff13377f454c46"),
         "bplist00garbage",
-        "{}",
+        "{\"app.hasLaunched\": true}",
+        "{ \"app.hasLaunched\" = 1; }",
         "<plist version=\"1.0\"><array><string>a</string></array></plist>",
     };
     for (const QByteArray& bytes : cases) {
