@@ -74,7 +74,7 @@ class ActivityMonitorTest : public testing::Test {
         qputenv("PATH", folder.path().toUtf8());
         qputenv("XDG_CURRENT_DESKTOP", desktop);
         QFile result(folder.filePath(QStringLiteral("started")));
-        name = SystemApp::activityMonitorName();
+        monitorName = SystemApp::activityMonitorName();
         if (!SystemApp::openActivityMonitor(tab)) {
             return QStringLiteral("none");
         }
@@ -85,7 +85,7 @@ class ActivityMonitorTest : public testing::Test {
             .trimmed();
     }
 
-    QString name;  // of the monitor that was started last
+    QString monitorName;  // of the one that was started last
 
   private:
     QByteArray path;
@@ -143,7 +143,7 @@ TEST_F(ActivityMonitorTest, comesUpWithTheWantedPage) {
     for (const auto& row : rows) {
         EXPECT_EQ(started(row.installed, row.desktop, row.tab), QLatin1String(row.started))
             << row.desktop;
-        EXPECT_EQ(name, QLatin1String(row.name)) << row.started;
+        EXPECT_EQ(monitorName, QLatin1String(row.name)) << row.started;
     }
 }
 
