@@ -218,7 +218,7 @@ class SystemItemsTest : public testing::Test {
         }
         return heights;
     }
-    // A history of a quarter filled with ones is visible in both graphs, and is 60 ticks long.
+    // The graph has the newest tick at its right edge, and sixty of them.
     void expectHistory(const char* graphName, const std::function<void(bool full)>& load) {
         click();
         const auto graph = [&] { return picture(graphName); };
@@ -230,9 +230,9 @@ class SystemItemsTest : public testing::Test {
         EXPECT_TRUE(isGreen(graph(), 250, 8));
         EXPECT_TRUE(isGreen(graph(), 298, 8)) << "the newest is not at the right";
         EXPECT_FALSE(isGreen(graph(), 200, 8));
-        ticks(44);
+        ticks(43);
         EXPECT_FALSE(isGreen(graph(), 1, 8)) << "fewer than 60";
-        ticks(1);
+        ticks(2);
         EXPECT_TRUE(isGreen(graph(), 1, 8)) << "more than 60";
     }
     // The popover shows what that reading of the processes gave, and nothing is under way.
