@@ -120,7 +120,9 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
                 }
             });
         };
-        instance.settings = [&services] { return services.defaults.values().toXml(); };
+        instance.settings = [&store = services.defaults] {
+            return SettingsTransfer::exported(store.values(), store).toXml();
+        };
         instance.takeSettings = [&delegate](const QByteArray& bytes, SettingsExchange::Done done) {
             delegate.exchange.import(bytes, std::move(done));
         };
