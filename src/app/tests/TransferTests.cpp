@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -307,6 +308,41 @@ TEST_F(TransferTest, ImportsRightAfterEachOther) {
     two.wait();
     EXPECT_TRUE(waitUntil([&] { return home.running().size() == 1; }));
     EXPECT_EQ(exportedNow(), first);
+}
+
+// Catches a run that writes over the file of a home that was mounted after its start, or goes on
+// with its own settings.
+TEST_F(TransferTest, AFolderMountedLaterIsReadAndNotWrittenOver) {
+    ASSERT_EQ(geteuid(), 0u) << "the mount of this test needs root";
+    const QString late = home.runtimeFolder() + QStringLiteral("/late");
+    ASSERT_TRUE(QDir().mkdir(late));
+    const QString lateFile = late + QStringLiteral("/com.vostel.app.plist");
+    put(lateFile, second);
+    // In a mount namespace of its own.
+    const QString script = home.runtimeFolder() + QStringLiteral("/start");
+    put(script, "#!/bin/sh\nexec unshare -m " VOSTEL " \"$@\"\n");
+    QFile::setPermissions(script, QFile::ReadOwner | QFile::ExeOwner);
+    const auto old = start(script);
+    ASSERT_TRUE(waitUntil([this] { return home.isOnDisk(QStringLiteral("app.hasLaunched")); }));
+    const QByteArray before = contents(home.settingsFile());
+    QProcess mount;
+    mount.start(QStringLiteral("nsenter"),
+                QStringList{QStringLiteral("-m"), QStringLiteral("-t"), QString::number(old->id()),
+                            QStringLiteral("mount"), QStringLiteral("--bind"), late,
+                            home.settingsFolder()});
+    ASSERT_TRUE(mount.waitForFinished());
+    ASSERT_EQ(mount.exitCode(), 0) << mount.readAllStandardError().toStdString();
+    put(file, first);
+    EXPECT_TRUE(import().said.contains(QStringLiteral("another file has come")));
+    EXPECT_EQ(old->wait(), 0);
+    ASSERT_TRUE(hasTakenOver(old->id()));
+    EXPECT_TRUE(old->errors().join(u' ').contains(QStringLiteral("Another settings file")));
+    EXPECT_EQ(contents(lateFile), second);
+    EXPECT_EQ(contents(home.settingsFile()), before);
+    EXPECT_EQ(exportedNow(), second);
+    // The new one knows the file, and writes it.
+    EXPECT_EQ(import().said, QString());
+    EXPECT_EQ(contents(lateFile), first);
 }
 
 TEST_F(TransferTest, ARelaunchThatFailsTakesTheImportBack) {

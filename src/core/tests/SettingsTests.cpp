@@ -115,7 +115,7 @@ TEST_F(SettingsTest, WhatIsReadIsBroughtIntoItsBounds) {
     store.set(QStringLiteral("x.label"), QStringLiteral("x") + party.repeated(1 << 20));
     store.set(QStringLiteral("x.fg"), QString(5 << 20, u'F'));
     store.set(QStringLiteral("x.list"),
-              QStringList(100'000, QStringLiteral("x") + party.repeated(1000)));
+              QStringList(300, QStringLiteral("x") + party.repeated(200)));
     GlobalSettings global(store, center);
     ModuleSettings settings(store, center, global, QStringLiteral("x."), "xSettingsChanged");
     EXPECT_EQ(settings.label(), QStringLiteral("x") + party.repeated(127));
