@@ -22,6 +22,7 @@ const QString orderKey = QStringLiteral("app.itemOrder");
 
 const QString launchedKey = QStringLiteral("app.hasLaunched");
 
+// A settings file that cannot be read is no first run; the values of one then stand in for it.
 bool seedFirstRun(DefaultsStore& store) {
     store.know(launchedKey,
                [](const PropertyList& list, const QString& key) { return list.holdsTruth(key); });
@@ -30,7 +31,7 @@ bool seedFirstRun(DefaultsStore& store) {
     }
     FirstRunDefaults::apply(store);
     store.set(launchedKey, true);
-    return true;
+    return !store.isUnreadable();
 }
 
 // Chosen once: a new folder must not be another one for each who asks.
@@ -90,7 +91,8 @@ ItemOrder::ItemOrder(DefaultsStore& store, QStringList defaultOrder)
 
 // Items that the stored order does not know (a module of a later version) stand at the end.
 QStringList ItemOrder::itemOrder() const {
-    QStringList order = defaults.values().textList(orderKey).value_or(QStringList());
+    QStringList order =
+        detail::readValue<QStringList>(defaults.values(), orderKey).value_or(QStringList());
     for (const QString& name : fallback) {
         if (!order.contains(name)) {
             order << name;

@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "app/AppServices.h"
+#include "app/BarSwitch.h"
 #include "combined/CombinedModule.h"
 #include "combined/CombinedSettingsPanel.h"
 #include "monitors/cpu/CPUModule.h"
@@ -20,7 +21,7 @@ namespace vostel {
 namespace {
 
 using Make = std::unique_ptr<MenubarModule> (*)(AppServices&, AppContext&);
-using MakePanel = SettingsPanel* (*)(AppServices&);
+using MakePanel = SettingsPanel* (*)(AppServices&, AppContext&);
 
 struct Row {
     const char* id;
@@ -34,6 +35,11 @@ struct Row {
     MakePanel makePanel;
 };
 
+// The appearance of the bar, as it is when it is asked.
+std::function<Appearance()> ofBar(AppContext& context) {
+    return [&bar = context.statusBar] { return imageContextOf(bar).appearance; };
+}
+
 constexpr Row rows[] = {
     {"network", "Network Graph", true, 1,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
@@ -41,39 +47,41 @@ constexpr Row rows[] = {
                                                 NetworkOutside::ofThisMachine(context, s.icons));
      },
      "network",
-     [](AppServices& s) -> SettingsPanel* {
-         return new NetworkSettingsPanel(s.network, s.notifications);
+     [](AppServices& s, AppContext& context) -> SettingsPanel* {
+         return new NetworkSettingsPanel(s.network, s.notifications, ofBar(context));
      }},
     {"cpu", "CPU Graph", true, 2,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<CPUModule>(context, s.cpu, s.processes);
      },
      "cpu",
-     [](AppServices& s) -> SettingsPanel* {
+     [](AppServices& s, AppContext& context) -> SettingsPanel* {
          const CPUSource::CoreCounts cores = s.platform.cpu->coreCounts();
          const bool canSplit = cores.performance > 0 && cores.efficiency > 0;
-         return new CPUSettingsPanel(s.cpu, s.notifications, canSplit);
+         return new CPUSettingsPanel(s.cpu, s.notifications, ofBar(context), canSplit);
      }},
     {"memory", "Memory Bar", true, 4,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<MemoryModule>(context, s.memory, s.processes);
      },
      "memorychip",
-     [](AppServices& s) -> SettingsPanel* {
-         return new MemorySettingsPanel(s.memory, s.notifications);
+     [](AppServices& s, AppContext& context) -> SettingsPanel* {
+         return new MemorySettingsPanel(s.memory, s.notifications, ofBar(context));
      }},
     {"gpu", "GPU Bar", true, 3,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<GPUModule>(context, s.gpu, s.processes);
      },
      "gpu",
-     [](AppServices& s) -> SettingsPanel* { return new GPUSettingsPanel(s.gpu, s.notifications); }},
+     [](AppServices& s, AppContext& context) -> SettingsPanel* {
+         return new GPUSettingsPanel(s.gpu, s.notifications, ofBar(context));
+     }},
     {"combined", "Combined", false, 0,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
          return std::make_unique<CombinedModule>(context, s.combined, makeCatalog(s, context));
      },
      "rectangle.3.group",
-     [](AppServices& s) -> SettingsPanel* {
+     [](AppServices& s, AppContext&) -> SettingsPanel* {
          return new CombinedSettingsPanel(s.combined, s.notifications);
      }},
 };
@@ -128,11 +136,12 @@ std::vector<CombinedSettings::Available> combinableModules() {
     return modules;
 }
 
-std::vector<SettingsPage> modulePages(AppServices& services) {
+std::vector<SettingsPage> modulePages(AppServices& services, AppContext& context) {
     std::vector<SettingsPage> pages;
     for (const Row& row : rows) {
         pages.push_back({QLatin1String(row.id), QLatin1String(row.title), QLatin1String(row.symbol),
-                         true, [&services, &row] { return row.makePanel(services); }});
+                         true,
+                         [&services, &context, &row] { return row.makePanel(services, context); }});
     }
     return pages;
 }

@@ -23,9 +23,9 @@ Catalog makeCatalog(AppServices& services, AppContext& context);
 // The same without the factories.
 std::vector<CombinedSettings::Available> combinableModules();
 
-// The items' pages of the settings window, in the order of the table. The factories borrow the
-// argument.
-std::vector<SettingsPage> modulePages(AppServices& services);
+// The items' pages of the settings window, in the order of the table. The factories borrow
+// both arguments.
+std::vector<SettingsPage> modulePages(AppServices& services, AppContext& context);
 
 // The ids of the table.
 QStringList moduleIds();

@@ -15,6 +15,7 @@
 #include "app/SignalWatcher.h"
 #include "app/SingleInstance.h"
 #include "core/Log.h"
+#include "core/Notifier.h"
 #include "statusbar/DockBar.h"
 #include "statusbar/SessionBus.h"
 
@@ -62,6 +63,24 @@ Display reachedDisplay(Display found) {
             : QStringLiteral("the X display cannot be used: Qt's plugin xcb does not load; with "
                              "QT_DEBUG_PLUGINS=1 it says why; going on without it"));
     return Display::None;
+}
+
+// What the user has to know of the settings file, and what follows from it.
+void watchSettingsFile(AppDelegate& delegate) {
+    DefaultsStore& store = delegate.services.defaults;
+    if (store.isUnreadable()) {
+        Notifier::post(QStringLiteral("Settings Cannot Be Read"), store.problem());
+    }
+    QObject::connect(&store, &DefaultsStore::foreignFileFound, &delegate, [&delegate] {
+        Notifier::post(QStringLiteral("Settings Changed on Disk"),
+                       QStringLiteral("Vostel starts again with the settings file that is there "
+                                      "now. The last change made here was not saved."));
+        delegate.exchange.relaunch([](const std::optional<QString>& error) {
+            if (error) {
+                logLine(QStringLiteral("cannot start again with it: %1").arg(*error));
+            }
+        });
+    });
 }
 
 // A message bus that answers no more can hold the toolkit up for ever. What there was to save is
@@ -120,7 +139,10 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
                 }
             });
         };
-        instance.settings = [&services] { return services.defaults.values().toXml(); };
+        watchSettingsFile(delegate);
+        instance.settings = [&store = services.defaults] {
+            return SettingsTransfer::exported(store.values(), store).toXml();
+        };
         instance.takeSettings = [&delegate](const QByteArray& bytes, SettingsExchange::Done done) {
             delegate.exchange.import(bytes, std::move(done));
         };

@@ -2,10 +2,11 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 
 #include <QApplication>
-#include <QFileInfo>
+#include <QFile>
 
 #include "app/AppDelegate.h"
 #include "app/ModuleTable.h"
@@ -38,9 +39,20 @@ bool isStandard(const QString& file) {
     return file == QStringLiteral("-");
 }
 
-// What stands on disk, as it would be exported.
+// Calls `use` with a store that every reader of the settings has told what it takes.
+template <typename Use>
+auto withReaders(Use use) {
+    AppServices services(makeLinuxPlatform(SystemRoots::ofThisMachine()), settingsFilePath(),
+                         DefaultsStore::Access::ReadOnly);
+    ItemOrder order(services.defaults, itemNames());
+    OffscreenBar bar(order);
+    const AppDelegate delegate(services, bar);
+    return use(services.defaults);
+}
+
+// What stands on disk, as it is exported.
 SettingsTransfer::Loaded<QByteArray> storedSettings() {
-    if (!QFileInfo::exists(settingsFilePath())) {
+    if (access(QFile::encodeName(settingsFilePath()).constData(), F_OK) != 0 && errno == ENOENT) {
         return {std::nullopt, QStringLiteral("there are no settings yet")};
     }
     const auto bytes = SettingsTransfer::readFile(settingsFilePath());
@@ -52,17 +64,9 @@ SettingsTransfer::Loaded<QByteArray> storedSettings() {
         return {std::nullopt, QStringLiteral("the settings in %1 cannot be read: %2")
                                   .arg(settingsFilePath(), settings.error)};
     }
-    return {settings.value->toXml(), {}};
-}
-
-// Every reader of the settings, for what it takes.
-std::optional<QString> objectionOfProgram(const PropertyList& settings) {
-    AppServices services(makeLinuxPlatform(SystemRoots::ofThisMachine()), settingsFilePath(),
-                         DefaultsStore::Access::ReadOnly);
-    ItemOrder order(services.defaults, itemNames());
-    OffscreenBar bar(order);
-    const AppDelegate delegate(services, bar);
-    return SettingsTransfer::objection(settings, services.defaults);
+    return withReaders([&](const DefaultsStore& store) -> SettingsTransfer::Loaded<QByteArray> {
+        return {SettingsTransfer::exported(*settings.value, store).toXml(), {}};
+    });
 }
 
 bool agrees() {
@@ -99,7 +103,7 @@ int importIntoRunning(const QByteArray& bytes) {
 
 int runExport(const CommandLine& commandLine, int& argc, char** argv) {
     prepareProcess();
-    const QCoreApplication application(argc, argv);
+    const QApplication application(argc, argv);
     SettingsTransfer::Loaded<QByteArray> settings;
     if (SingleInstance instance(runtimeFolder()); !instance.acquire()) {
         settings.value = SingleInstance::askForSettings();  // with what it has not written yet
@@ -135,7 +139,10 @@ int runImport(const CommandLine& commandLine, int& argc, char** argv) {
     if (!settings.value) {
         return failed(settings.error);
     }
-    if (const auto objection = objectionOfProgram(*settings.value)) {
+    const auto objection = withReaders([&](const DefaultsStore& store) {
+        return SettingsTransfer::objection(*settings.value, store);
+    });
+    if (objection) {
         return failed(*objection);
     }
     if (!commandLine.yes) {

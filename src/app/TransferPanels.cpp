@@ -121,7 +121,7 @@ void TransferPanels::exportSettings() {
 void TransferPanels::write(const QString& path) {
     background.run(
         this,
-        [path, bytes = defaults.values().toXml()] {
+        [path, bytes = SettingsTransfer::exported(defaults.values(), defaults).toXml()] {
             return SettingsTransfer::writeFile(path, bytes);
         },
         [this](const std::optional<QString>& error) {

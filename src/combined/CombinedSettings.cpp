@@ -18,10 +18,14 @@ CombinedSettings::CombinedSettings(DefaultsStore& store, NotificationCenter& cen
                                    std::vector<Available> available)
     : group(store, center, QStringLiteral("combined."), changeNotification),
       catalog(std::move(available)) {
-    const PropertyList& stored = group.defaults.values();
-    ids = complete(known(stored.textList(group.key(orderName)).value_or(QStringList())));
-    enabled = known(stored.textList(group.key(enabledName)).value_or(QStringList()));
-    points = stored.number(group.key(spacingName)).value_or(defaultSpacing);
+    const auto storedIds = [this](const QString& name) {
+        return known(detail::readField<QStringList>(group.defaults, group.key(name))
+                         .value_or(QStringList()));
+    };
+    ids = complete(storedIds(orderName));
+    enabled = storedIds(enabledName);
+    points =
+        detail::readField<double>(group.defaults, group.key(spacingName)).value_or(defaultSpacing);
 }
 
 QString CombinedSettings::title(const QString& id) const {

@@ -1,19 +1,22 @@
 #include "core/AtomicFile.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
 namespace vostel {
 
 namespace {
+
+constexpr const char* temporaryName = ".vostel-XXXXXX";
 
 QString failure(const char* what, const QString& path) {
     return QStringLiteral("%1 %2: %3")
@@ -33,36 +36,63 @@ bool writeAll(int descriptor, const QByteArray& bytes) {
     return true;
 }
 
+// What a symbolic link leads to, also when there is nothing yet.
+QString targetOf(const QString& path) {
+    const QFileInfo info(path);
+    if (!info.isSymLink()) {
+        return path;
+    }
+    const QString resolved = info.canonicalFilePath();
+    return resolved.isEmpty() ? info.symLinkTarget() : resolved;
+}
+
+// The error, or nothing.
+std::optional<QString> fillAndRename(int descriptor, const QByteArray& temporary,
+                                     const QString& target, const QByteArray& bytes,
+                                     const BeforeReplacing& beforeReplacing) {
+    struct stat status {};
+    if (!writeAll(descriptor, bytes) || fsync(descriptor) != 0 || fstat(descriptor, &status) != 0) {
+        return failure("cannot write", target);
+    }
+    if (beforeReplacing) {
+        if (const auto objection = beforeReplacing(status)) {
+            return objection;
+        }
+    }
+    if (std::rename(temporary.constData(), QFile::encodeName(target).constData()) != 0) {
+        return failure("cannot replace", target);
+    }
+    return std::nullopt;
+}
+
+bool isAbandoned(int descriptor) {
+    struct stat status {};
+    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+           status.st_uid == geteuid() && flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+}
+
 }  // namespace
 
 std::optional<QString> writeFileAtomically(const QString& path, const QByteArray& bytes,
-                                           unsigned mode) {
-    QString target = path;
-    if (const QFileInfo info(path); info.isSymLink()) {
-        const QString resolved = info.canonicalFilePath();
-        target = resolved.isEmpty() ? info.symLinkTarget() : resolved;
-    }
+                                           unsigned mode, const BeforeReplacing& beforeReplacing) {
+    const QString target = targetOf(path);
     const QByteArray folder = QFile::encodeName(QFileInfo(target).absolutePath());
-    QByteArray temporary = QFile::encodeName(target) + ".XXXXXX";
+    QByteArray temporary = folder + '/' + temporaryName;
     const int descriptor = mkostemp(temporary.data(), O_CLOEXEC);
     if (descriptor < 0) {
         return failure("cannot create a file beside", target);
     }
+    // Tells removeAbandonedFiles() that somebody is at work; not every file system knows locks.
+    flock(descriptor, LOCK_EX | LOCK_NB);
     // Some file systems know no permissions; elsewhere the file stays as strict as it was made.
     [[maybe_unused]] const int changed = fchmod(descriptor, mode);
-    const bool written = writeAll(descriptor, bytes) && fsync(descriptor) == 0;
-    const int writeError = errno;
-    const bool closed = close(descriptor) == 0;
-    if (!written || !closed) {
-        errno = written ? errno : writeError;
-        const QString message = failure("cannot write", target);
+    const auto error = fillAndRename(descriptor, temporary, target, bytes, beforeReplacing);
+    if (error) {
         unlink(temporary.constData());
-        return message;
     }
-    if (std::rename(temporary.constData(), QFile::encodeName(target).constData()) != 0) {
-        const QString message = failure("cannot replace", target);
-        unlink(temporary.constData());
-        return message;
+    close(descriptor);
+    if (error) {
+        return error;
     }
     const int folderDescriptor = open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (folderDescriptor >= 0) {
@@ -70,6 +100,24 @@ std::optional<QString> writeFileAtomically(const QString& path, const QByteArray
         close(folderDescriptor);
     }
     return std::nullopt;
+}
+
+void removeAbandonedFiles(const QString& path) {
+    const QDir folder = QFileInfo(targetOf(path)).absoluteDir();
+    QString pattern = QLatin1String(temporaryName);
+    pattern.replace(u'X', u'?');
+    const QStringList names = folder.entryList({pattern}, QDir::Files | QDir::Hidden);
+    for (const QString& name : names) {
+        const QByteArray file = QFile::encodeName(folder.filePath(name));
+        const int descriptor =
+            open(file.constData(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+        if (descriptor >= 0) {
+            if (isAbandoned(descriptor)) {
+                unlink(file.constData());
+            }
+            close(descriptor);
+        }
+    }
 }
 
 }  // namespace vostel

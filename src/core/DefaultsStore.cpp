@@ -17,8 +17,11 @@ namespace vostel {
 
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr int gatherMilliseconds = 500;
-constexpr qint64 largestFile = 64 << 20;
+constexpr std::chrono::milliseconds firstRetry = 1s;
+constexpr std::chrono::milliseconds lastRetry = 5min;
 
 bool isMarkedReadOnly(const QString& path) {
     struct stat status {};
@@ -28,11 +31,19 @@ bool isMarkedReadOnly(const QString& path) {
 }  // namespace
 
 DefaultsStore::DefaultsStore(QString filePath, Background* writerThread, Access access)
-    : path(std::move(filePath)), background(writerThread) {
+    : path(std::move(filePath)),
+      background(writerThread),
+      retryWait(firstRetry),
+      writer(std::make_shared<Writer>(path)) {
     timer.setSingleShot(true);
     timer.setInterval(gatherMilliseconds);
+    retry.setSingleShot(true);
     connect(&timer, &QTimer::timeout, this, &DefaultsStore::writeSoon);
+    connect(&retry, &QTimer::timeout, this, &DefaultsStore::writeSoon);
     load(access);
+    if (writable) {
+        removeLeftovers();
+    }
 }
 
 DefaultsStore::~DefaultsStore() {
@@ -40,39 +51,35 @@ DefaultsStore::~DefaultsStore() {
 }
 
 void DefaultsStore::load(Access access) {
-    const QFileInfo info(path);
     writable = access == Access::ReadWrite;
-    if (!info.exists()) {
-        return;  // also a symbolic link whose target is still to come
+    const SettingsFile::Contents contents = writer->file.read();
+    switch (contents.state) {
+        case SettingsFile::State::Absent:
+            break;
+        case SettingsFile::State::Unreadable:
+            unreadable = true;
+            leaveAlone(
+                QStringLiteral("The settings in %1 cannot be read (%2)").arg(path, contents.error));
+            break;
+        case SettingsFile::State::Read:
+            parse(contents.bytes);
+            break;
     }
-    QFile file(path);
-    if (!info.isFile() || info.size() > largestFile || !file.open(QIODevice::ReadOnly)) {
-        if (!writable) {
-            return;
-        }
-        writable = false;
-        logLine(QStringLiteral("cannot read the settings in %1 (%2); they stay as they are, and "
-                               "changes last only until Vostel quits")
-                    .arg(path, file.errorString()));
-        return;
-    }
+}
+
+void DefaultsStore::parse(const QByteArray& bytes) {
     bool notDictionary = false;
-    std::optional<PropertyList> parsed = PropertyList::parse(file.readAll(), &notDictionary);
-    file.close();
+    std::optional<PropertyList> parsed = PropertyList::parse(bytes, &notDictionary);
     if (!parsed) {
-        if (!writable) {
-            return;
+        if (writable) {
+            setAside(notDictionary ? QStringLiteral("holds no dictionary")
+                                   : QStringLiteral("is not a property list"));
         }
-        setAside(notDictionary ? QStringLiteral("holds no dictionary")
-                               : QStringLiteral("is not a property list"));
         return;
     }
     list = std::move(*parsed);
-    if (writable && isMarkedReadOnly(path)) {
-        writable = false;
-        logLine(QStringLiteral("the settings in %1 are read-only; changes last only until Vostel "
-                               "quits")
-                    .arg(path));
+    if (isMarkedReadOnly(path)) {
+        leaveAlone(QStringLiteral("The settings in %1 are read-only").arg(path));
     }
 }
 
@@ -82,16 +89,44 @@ void DefaultsStore::setAside(const QString& reason) {
     for (int i = 2; QFileInfo::exists(aside); ++i) {
         aside = QStringLiteral("%1.corrupt-%2-%3").arg(path, stamp).arg(i);
     }
-    if (QFile::rename(path, aside)) {
+    if (writer->file.setAside(aside)) {
         logLine(QStringLiteral("the settings file %1 %2; it is kept as %3 and the defaults apply")
                     .arg(path, reason, aside));
     } else {
-        writable = false;
-        logLine(QStringLiteral(
-                    "the settings file %1 %2 and cannot be set aside; it stays as it is, and "
-                    "changes last only until Vostel quits")
-                    .arg(path, reason));
+        leaveAlone(
+            QStringLiteral("The settings file %1 %2 and cannot be set aside").arg(path, reason));
     }
+}
+
+// Nothing is written to the file in this run.
+void DefaultsStore::leaveAlone(const QString& why) {
+    if (std::exchange(writable, false)) {
+        setProblem(QStringLiteral("%1; changes last only until Vostel quits.").arg(why));
+    }
+}
+
+void DefaultsStore::setProblem(const QString& text) {
+    if (problemText != text) {
+        problemText = text;
+        if (!text.isEmpty()) {
+            logLine(text);
+        }
+        Q_EMIT problemChanged();
+    }
+}
+
+void DefaultsStore::removeLeftovers() {
+    if (background == nullptr) {
+        removeAbandonedFiles(path);
+        return;
+    }
+    background->run(
+        this,
+        [path = path] {
+            removeAbandonedFiles(path);
+            return true;
+        },
+        [](bool) {});
 }
 
 void DefaultsStore::remove(const QString& key) {
@@ -115,13 +150,18 @@ std::optional<QString> DefaultsStore::exchange(PropertyList replacement) {
     }
     PropertyList replaced = std::exchange(list, std::move(replacement));
     ++generation;
-    const auto error = writeNow();
-    if (error) {
+    const SettingsFile::Written written = writeNow();
+    if (written.error) {
         list = std::move(replaced);
         --generation;
-        return error;
+        if (written.isForeign) {
+            report(written);
+            stopForForeignFile();
+        }
+        return written.error;
     }
     timer.stop();
+    retry.stop();
     before = std::move(replaced);
     return std::nullopt;
 }
@@ -143,67 +183,90 @@ void DefaultsStore::changed() {
 }
 
 void DefaultsStore::writeSoon() {
+    if (!writable) {
+        return;
+    }
+    const auto done = [this](const SettingsFile::Written& written) {
+        report(written);
+        if (written.isForeign) {
+            stopForForeignFile();
+        }
+    };
+    retry.stop();
     if (background == nullptr) {
-        flush();
+        done(writeNow());
         return;
     }
     dirty = false;
     background->run(
         this,
-        [writer = writer, path = path, bytes = list.toXml(), generation = generation] {
-            return writer->write(path, bytes, generation);
+        [writer = writer, bytes = list.toXml(), generation = generation] {
+            return writer->write(bytes, generation);
         },
-        [this](const std::optional<QString>& error) { report(error); });
+        done);
 }
 
 bool DefaultsStore::flush() {
     timer.stop();
+    retry.stop();
     if (!writable) {
         return !dirty;
     }
-    const auto error = writeNow();
-    report(error);
-    return !error;
+    const SettingsFile::Written written = writeNow();
+    report(written);
+    return !written.error;
 }
 
-std::optional<QString> DefaultsStore::writeNow() {
-    // Taking the mutex also waits for a write that is under way.
-    const std::lock_guard lock(writer->mutex);
-    if (writer->written == generation) {
-        return std::nullopt;
-    }
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    const auto error = writeFileAtomically(path, list.toXml());
-    if (!error) {
-        writer->written = generation;
+SettingsFile::Written DefaultsStore::writeNow() {
+    const SettingsFile::Written written = writer->write(list.toXml(), generation);
+    if (!written.error) {
         dirty = false;
     }
-    return error;
+    return written;
 }
 
-std::optional<QString> DefaultsStore::Writer::write(const QString& path, const QByteArray& bytes,
-                                                    quint64 generation) {
+// Taking the mutex also waits for a write that is under way.
+SettingsFile::Written DefaultsStore::Writer::write(const QByteArray& bytes, quint64 generation) {
     const std::lock_guard lock(mutex);
     if (written >= generation) {
-        return std::nullopt;  // a later state is on disk already
+        return {};  // this or a later state is on disk already
     }
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    auto error = writeFileAtomically(path, bytes);
-    if (!error) {
+    SettingsFile::Written result = file.write(bytes);
+    if (!result.error) {
         written = generation;
     }
-    return error;
+    return result;
 }
 
-void DefaultsStore::report(const std::optional<QString>& error) {
-    if (!error) {
-        reported = false;
+void DefaultsStore::report(const SettingsFile::Written& written) {
+    if (!written.error) {
+        retryWait = firstRetry;
+        if (!problemText.isEmpty()) {
+            logLine(QStringLiteral("the settings are saved again"));
+            setProblem({});
+        }
         return;
     }
     dirty = true;
-    if (!reported) {
-        reported = true;
-        logLine(QStringLiteral("cannot save the settings: %1").arg(*error));
+    retry.start(retryWait);
+    retryWait = std::min(2 * retryWait, lastRetry);
+    if (written.isForeign) {
+        setProblem(
+            QStringLiteral("Another settings file has come to %1 since Vostel started; it stays "
+                           "as it is, and changes made here are not saved.")
+                .arg(path));
+    } else if (problemText.isEmpty()) {
+        setProblem(
+            QStringLiteral("The settings cannot be saved: %1. Vostel tries again until it works.")
+                .arg(*written.error));
+    }
+}
+
+void DefaultsStore::stopForForeignFile() {
+    timer.stop();
+    retry.stop();
+    if (std::exchange(writable, false)) {
+        Q_EMIT foreignFileFound();
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -9,6 +10,7 @@
 #include <QTimer>
 
 #include "core/PropertyList.h"
+#include "core/SettingsFile.h"
 
 namespace vostel {
 
@@ -22,8 +24,10 @@ class Background;
 // does not know is kept. No state of the file stops the program:
 // - it does not parse, or is no dictionary: set aside as "<file>.corrupt-<time>", then as absent;
 // - it cannot be read, cannot be set aside, or is marked read-only: left alone, and nothing is
-//   written to it for this run.
-// Each of these is reported once on the log.
+//   written to it for this run;
+// - it cannot be written: tried again, at longer and longer intervals;
+// - another one than this run knows has come in its place: left alone, and foreignFileFound().
+// Each of these is reported once on the log, and is the problem() as long as it lasts.
 class DefaultsStore : public QObject {
     Q_OBJECT
 
@@ -39,6 +43,11 @@ class DefaultsStore : public QObject {
 
     const PropertyList& values() const { return list; }
     const QString& filePath() const { return path; }
+
+    // Whether there is a file that could not be read: then this is no first run.
+    bool isUnreadable() const { return unreadable; }
+    // Why changes are not saved, as sentences for the user; empty while they are.
+    const QString& problem() const { return problemText; }
 
     // Stores a value (bool, double, QString, QStringList).
     template <typename T>
@@ -69,31 +78,45 @@ class DefaultsStore : public QObject {
     // Takes the exchange back.
     void undoExchange();
 
+  Q_SIGNALS:
+    void problemChanged();
+    // Nothing is written any more; the program has to start again to read that file.
+    void foreignFileFound();
+
   private:
     // What the writing thread shares with this object; outlives it while a write is under way.
     struct Writer {
+        explicit Writer(const QString& filePath) : file(filePath) {}
         std::mutex mutex;
+        SettingsFile file;
         quint64 written = 0;  // generation that the file holds
-        std::optional<QString> write(const QString& path, const QByteArray& bytes,
-                                     quint64 generation);
+        SettingsFile::Written write(const QByteArray& bytes, quint64 generation);
     };
 
     void load(Access access);
+    void parse(const QByteArray& bytes);
     void setAside(const QString& reason);
+    void leaveAlone(const QString& why);
+    void setProblem(const QString& text);
+    void removeLeftovers();
     void changed();
     void writeSoon();
-    std::optional<QString> writeNow();
-    void report(const std::optional<QString>& error);
+    SettingsFile::Written writeNow();
+    void report(const SettingsFile::Written& written);
+    void stopForForeignFile();
 
     QString path;
     Background* background;
     PropertyList list;
     QTimer timer;
-    std::shared_ptr<Writer> writer = std::make_shared<Writer>();
+    QTimer retry;
+    std::chrono::milliseconds retryWait{};
+    std::shared_ptr<Writer> writer;
     quint64 generation = 0;
     bool dirty = false;
     bool writable = true;
-    bool reported = false;
+    bool unreadable = false;
+    QString problemText;
     std::map<QString, Holds> readers;
     std::optional<PropertyList> before;  // what an exchange replaced
 };

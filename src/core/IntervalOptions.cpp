@@ -1,8 +1,15 @@
 #include "core/IntervalOptions.h"
 
+#include <algorithm>
+
 namespace vostel {
 
+double IntervalOptions::bounded(double seconds) {
+    return seconds > shortest ? std::min(seconds, longest) : shortest;
+}
+
 QString IntervalOptions::label(double seconds) {
+    seconds = bounded(seconds);
     if (seconds == 0.25) {
         return QStringLiteral("¼s");
     }

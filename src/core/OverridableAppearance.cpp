@@ -1,6 +1,7 @@
 #include "core/OverridableAppearance.h"
 
 #include "core/ColorText.h"
+#include "core/IntervalOptions.h"
 #include "core/SystemColors.h"
 
 namespace vostel {
@@ -52,7 +53,7 @@ bool OverridableAppearance::effMonochrome() const {
 }
 
 double OverridableAppearance::effInterval() const {
-    return intervalOverride().value_or(global.updateInterval());
+    return IntervalOptions::bounded(intervalOverride().value_or(global.updateInterval()));
 }
 
 EffAppearance OverridableAppearance::effAppearance(Appearance appearance) const {

@@ -20,7 +20,7 @@ class OverridableAppearance {
     QColor effBackground() const;
     QColor effText(Appearance appearance) const;
     bool effMonochrome() const;
-    double effInterval() const;  // seconds, as stored
+    double effInterval() const;  // seconds, within the bounds of IntervalOptions
     EffAppearance effAppearance(Appearance appearance) const;
 
     GlobalSettings& global;

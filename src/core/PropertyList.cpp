@@ -1,5 +1,6 @@
 #include "core/PropertyList.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -19,6 +20,24 @@ QString stringOf(plist_t node) {
     plist_get_string_val(node, &raw);
     const PlistText text(raw);
     return QString::fromUtf8(raw != nullptr ? raw : "");
+}
+
+// XML 1.0, section 2.2: the characters that a document may hold.
+bool isXmlCharacter(char32_t c) {
+    return c >= 0x20 ? c != 0xFFFE && c != 0xFFFF : c == u'\t' || c == u'\n' || c == u'\r';
+}
+
+// The bytes as UTF-8 of such characters only. The library writes the bytes of texts as they are.
+QByteArray wellFormed(const QByteArray& xml) {
+    const bool isPlain = std::all_of(xml.begin(), xml.end(), [](char byte) {
+        return static_cast<signed char>(byte) >= 0 && isXmlCharacter(static_cast<char32_t>(byte));
+    });
+    if (isPlain) {
+        return xml;
+    }
+    QString text = QString::fromUtf8(xml);
+    text.removeIf([](QChar c) { return !isXmlCharacter(c.unicode()); });
+    return text.toUtf8();
 }
 
 }  // namespace
@@ -62,7 +81,7 @@ QByteArray PropertyList::toXml() const {
     std::uint32_t length = 0;
     plist_to_xml(root.get(), &raw, &length);
     const PlistText text(raw);
-    return QByteArray(raw, static_cast<qsizetype>(length));
+    return wellFormed(QByteArray(raw, static_cast<qsizetype>(length)));
 }
 
 plist_t PropertyList::item(const QString& key) const {

@@ -34,6 +34,8 @@ class PropertyList {
     static std::optional<PropertyList> parse(const QByteArray& bytes,
                                              bool* notDictionary = nullptr);
 
+    // Well-formed whatever the texts hold: XML 1.0 has no place for most control characters, which
+    // are left out.
     QByteArray toXml() const;
 
     bool contains(const QString& key) const;

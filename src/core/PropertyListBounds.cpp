@@ -11,6 +11,7 @@ namespace vostel {
 namespace {
 
 constexpr int mostContainers = 4000;
+constexpr int mostNodes = 500'000;
 constexpr std::uint64_t mostBytes = 64 << 20;
 
 // Binary form: a header, the objects, a table of their offsets, and a trailer of 32 bytes that
@@ -18,6 +19,7 @@ constexpr std::uint64_t mostBytes = 64 << 20;
 // number of the root, offset of the table (8 bytes each). Numbers are big-endian.
 constexpr std::uint64_t headerSize = 8;
 constexpr std::uint64_t trailerSize = 32;
+constexpr std::uint64_t widest = 8;  // bytes of a number that says where or how much
 
 class BinaryForm {
   public:
@@ -36,9 +38,13 @@ class BinaryForm {
         if (objects > size) {
             return true;  // more than the table has room for: does not parse
         }
+        if (objects > mostNodes || offsetSize > widest || referenceSize > widest) {
+            return false;
+        }
         named.assign(objects, false);
         for (std::uint64_t i = 0; i < objects; ++i) {
-            if (const auto object = at(i); object && object->references > 0 && !count(*object)) {
+            const auto object = at(i);
+            if (object && (object->isTooWide || (object->references > 0 && !count(*object)))) {
                 return false;
             }
         }
@@ -51,6 +57,7 @@ class BinaryForm {
         std::uint64_t first = 0;       // where they stand
         std::uint64_t bytes = 0;       // of a text or data
         bool isContainer = false;
+        bool isTooWide = false;  // the number that tells its length
     };
 
     // 0 beyond the end.
@@ -73,6 +80,10 @@ class BinaryForm {
         object.first = offset + 1;
         if (length == 0xF) {  // an integer object of 2^n bytes tells the length
             const std::uint64_t width = std::uint64_t{1} << (number(offset + 1, 1) & 0xF);
+            if (width > widest) {
+                object.isTooWide = true;
+                return object;
+            }
             length = number(offset + 2, width);
             object.first = offset + 2 + width;
         }
@@ -100,6 +111,9 @@ class BinaryForm {
             return false;
         }
         for (std::uint64_t i = 0; i < object.references; ++i) {
+            if (++nodes > mostNodes) {
+                return false;
+            }
             const std::uint64_t position = object.first + i * referenceSize;
             if (position >= size) {
                 return true;  // does not parse
@@ -126,13 +140,14 @@ class BinaryForm {
     std::uint64_t table = 0;
     std::vector<bool> named;
     int containers = 0;
+    int nodes = 0;
     std::uint64_t total = 0;
 };
 
-int occurrences(const QByteArray& text, const char* word) {
+int occurrences(const QByteArray& text, const char* word, int most) {
     const QByteArrayMatcher matcher(word);
     int found = 0;
-    for (qsizetype at = matcher.indexIn(text); at >= 0 && found <= mostContainers;
+    for (qsizetype at = matcher.indexIn(text); at >= 0 && found <= most;
          at = matcher.indexIn(text, at + 1)) {
         ++found;
     }
@@ -149,7 +164,10 @@ bool isPropertyListBounded(const QByteArray& bytes) {
     if (isBinaryPropertyList(bytes)) {
         return BinaryForm(bytes).isBounded();
     }
-    return occurrences(bytes, "<dict") + occurrences(bytes, "<array") <= mostContainers;
+    return occurrences(bytes, "<dict", mostContainers) +
+                   occurrences(bytes, "<array", mostContainers) <=
+               mostContainers &&
+           occurrences(bytes, "<", 2 * mostNodes) <= 2 * mostNodes;  // each is opened and closed
 }
 
 }  // namespace vostel

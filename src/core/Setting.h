@@ -35,6 +35,32 @@ class SettingsGroup {
 
 namespace detail {
 
+// What a field takes of a text and of a list. An imported file may hold megabytes, and what shows
+// them goes through all of it at every tick.
+constexpr qsizetype longestText = 256;  // UTF-16 units
+constexpr qsizetype longestList = 256;
+
+inline QString bounded(const QString& text) {
+    return text.left(text.size() > longestText && text[longestText - 1].isHighSurrogate()
+                         ? longestText - 1
+                         : longestText);
+}
+inline QStringList bounded(const QStringList& list) {
+    QStringList result = list.mid(0, longestList);
+    for (QString& each : result) {
+        each = bounded(each);
+    }
+    return result;
+}
+template <typename T>
+T bounded(T value) {
+    return value;
+}
+template <typename T>
+std::optional<T> bounded(const std::optional<T>& value) {
+    return value ? std::optional(bounded(*value)) : std::nullopt;
+}
+
 template <typename T>
 std::optional<T> readValue(const PropertyList& list, const QString& key) {
     if constexpr (std::is_same_v<T, bool>) {
@@ -42,10 +68,10 @@ std::optional<T> readValue(const PropertyList& list, const QString& key) {
     } else if constexpr (std::is_same_v<T, double>) {
         return list.number(key);
     } else if constexpr (std::is_same_v<T, QString>) {
-        return list.text(key);
+        return bounded(list.text(key));
     } else {
         static_assert(std::is_same_v<T, QStringList>);
-        return list.textList(key);
+        return bounded(list.textList(key));
     }
 }
 
@@ -73,7 +99,7 @@ class Setting {
     Setting(const Setting&) = delete;
 
     Setting& operator=(T newValue) {
-        value = std::move(newValue);
+        value = detail::bounded(newValue);
         group.defaults.set(key, value);
         group.posted();
         return *this;
@@ -99,7 +125,7 @@ class OptionalSetting {
     OptionalSetting(const OptionalSetting&) = delete;
 
     OptionalSetting& operator=(std::optional<T> newValue) {
-        value = std::move(newValue);
+        value = detail::bounded(newValue);
         if (value) {
             group.defaults.set(key, *value);
         } else {

@@ -13,6 +13,7 @@
 
 #include "core/AtomicFile.h"
 #include "core/DefaultsStore.h"
+#include "core/Log.h"
 
 namespace vostel::SettingsTransfer {
 
@@ -49,6 +50,18 @@ bool isForeignLink(const QString& path) {
     struct stat found {};
     return lstat(QFile::encodeName(path).constData(), &found) == 0 && S_ISLNK(found.st_mode) &&
            found.st_uid != geteuid() && found.st_uid != 0;
+}
+
+// The keys whose values no reader takes.
+QStringList keysNotTaken(const PropertyList& settings, const DefaultsStore& store) {
+    QStringList wrong;
+    for (const QString& key : settings.keys()) {
+        const auto reader = store.known().find(key);
+        if (reader != store.known().end() && !reader->second(settings, key)) {
+            wrong << key;
+        }
+    }
+    return wrong;
 }
 
 }  // namespace
@@ -100,13 +113,7 @@ Loaded<PropertyList> parse(const QByteArray& bytes) {
 }
 
 std::optional<QString> objection(const PropertyList& settings, const DefaultsStore& store) {
-    QStringList wrong;
-    for (const QString& key : settings.keys()) {
-        const auto reader = store.known().find(key);
-        if (reader != store.known().end() && !reader->second(settings, key)) {
-            wrong << key;
-        }
-    }
+    const QStringList wrong = keysNotTaken(settings, store);
     if (wrong.isEmpty()) {
         return std::nullopt;
     }
@@ -116,6 +123,17 @@ std::optional<QString> objection(const PropertyList& settings, const DefaultsSto
     return QStringLiteral("The values of “%1” and %2 more are of the wrong type.")
         .arg(wrong.front())
         .arg(wrong.size() - 1);
+}
+
+PropertyList exported(const PropertyList& settings, const DefaultsStore& store) {
+    PropertyList taken = settings;
+    for (const QString& key : keysNotTaken(settings, store)) {
+        taken.remove(key);
+        logLine(QStringLiteral("“%1” is left out of the exported settings: its value is of the "
+                               "wrong type")
+                    .arg(key));
+    }
+    return taken;
 }
 
 std::optional<QString> writeFile(const QString& path, const QByteArray& bytes) {

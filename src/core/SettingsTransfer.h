@@ -11,8 +11,8 @@ namespace vostel {
 
 class DefaultsStore;
 
-// Settings as a file to carry to another machine: an XML property list of exactly what the store
-// holds. Everything but objection() may be called from any thread.
+// Settings as a file to carry to another machine: an XML property list of what the store holds.
+// Everything but objection() and exported() may be called from any thread.
 namespace SettingsTransfer {
 
 inline constexpr const char* suggestedName = "vostel-settings.plist";
@@ -37,6 +37,10 @@ Loaded<PropertyList> parse(const QByteArray& bytes);
 // Why the program cannot use these settings: a key that it knows holds what no reader takes. What
 // it does not know is no objection.
 std::optional<QString> objection(const PropertyList& settings, const DefaultsStore& store);
+
+// What is written for settings to come back in: all of them but the values that no reader takes,
+// which count as absent anyway. Those are named on the log.
+PropertyList exported(const PropertyList& settings, const DefaultsStore& store);
 
 // Writes a whole file or none, with the permissions of a new file. Returns the error. Nothing but a
 // regular file is replaced, and no symbolic link followed that belongs to another user than root.

@@ -39,8 +39,9 @@ TickScheduler::~TickScheduler() {
 std::unique_ptr<TickScheduler::Tick> TickScheduler::every(double interval, double tolerance,
                                                           std::function<void()> callback) {
     auto state = std::make_shared<Tick::State>();
-    state->interval = interval > shortestInterval ? interval : shortestInterval;
-    state->tolerance = std::clamp(tolerance, 0.0, state->interval / 2);
+    state->interval =
+        interval > shortestInterval ? std::min(interval, longestInterval) : shortestInterval;
+    state->tolerance = tolerance > 0 ? std::min(tolerance, state->interval / 2) : 0;
     state->callback = std::move(callback);
     state->owner = this;
     state->due = dueAfter(clock.seconds(), *state);
@@ -50,7 +51,7 @@ std::unique_ptr<TickScheduler::Tick> TickScheduler::every(double interval, doubl
 }
 
 void TickScheduler::setIntervalFactor(double newFactor) {
-    factor = std::max(1.0, newFactor);
+    factor = newFactor > 1 ? std::min(newFactor, largestFactor) : 1;
     const double now = clock.seconds();
     for (const auto& tick : ticks) {
         tick->due = dueAfter(now, *tick);

@@ -19,8 +19,10 @@ class TickScheduler : public QObject {
     Q_OBJECT
 
   public:
-    static constexpr double shortestInterval =
-        0.02;  // seconds; anything shorter, or no number, becomes this
+    // Seconds; anything shorter, or no number, becomes the first, anything longer the second.
+    static constexpr double shortestInterval = 0.02;
+    static constexpr double longestInterval = 1e9;
+    static constexpr double largestFactor = 1000;
 
     // A running timer; deleting it stops it. May outlive the scheduler.
     class Tick {
@@ -41,7 +43,7 @@ class TickScheduler : public QObject {
     [[nodiscard]] std::unique_ptr<Tick> every(double interval, double tolerance,
                                               std::function<void()> callback);
 
-    // Multiplies every interval (2 on battery, when the user wants that); at least 1.
+    // Multiplies every interval (2 on battery, when the user wants that); from 1 to largestFactor.
     void setIntervalFactor(double factor);
 
     // Seconds until the next wake-up, never negative; empty when no timer runs. For tests.

@@ -1,7 +1,6 @@
 #include "app/settings/AppearanceSettingsPanel.h"
 
 #include "core/SystemColors.h"
-#include "ui/Theme.h"
 #include "ui/settings/HexColorPicker.h"
 #include "ui/settings/IntervalPicker.h"
 #include "ui/settings/SliderRow.h"
@@ -10,7 +9,8 @@
 namespace vostel {
 
 AppearanceSettingsPanel::AppearanceSettingsPanel(GlobalSettings& global,
-                                                 NotificationCenter& notifications)
+                                                 NotificationCenter& notifications,
+                                                 std::function<Appearance()> barAppearance)
     : SettingsPanel(QStringLiteral("Appearance")) {
     addNote(
         QStringLiteral("These defaults apply to every menu-bar item. Each item can override any of "
@@ -22,7 +22,7 @@ AppearanceSettingsPanel::AppearanceSettingsPanel(GlobalSettings& global,
                               [] { return QColor::fromRgbF(0, 0, 0, 0.1F); }));
     auto* text = new HexColorPicker(
         QStringLiteral("Text Color"), bound(global.textHex),
-        [] { return labelColor(Theme::current().appearance); }, QStringLiteral("auto"));
+        [bar = std::move(barAppearance)] { return labelColor(bar()); }, QStringLiteral("auto"));
     text->setHint(QStringLiteral("“auto” follows the bar: light on dark, dark on light."));
     addRow(text);
     addRow(new ToggleRow(QStringLiteral("Monochrome"), bound(global.monochrome)));

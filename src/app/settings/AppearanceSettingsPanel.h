@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "core/GlobalSettings.h"
 #include "ui/settings/SettingsPanel.h"
 
@@ -10,8 +12,9 @@ class AppearanceSettingsPanel : public SettingsPanel {
     Q_OBJECT
 
   public:
-    // `global` outlives the panel.
-    AppearanceSettingsPanel(GlobalSettings& global, NotificationCenter& notifications);
+    // `global` outlives the panel. `barAppearance`: of the bar, as it is now.
+    AppearanceSettingsPanel(GlobalSettings& global, NotificationCenter& notifications,
+                            std::function<Appearance()> barAppearance);
 };
 
 }  // namespace vostel

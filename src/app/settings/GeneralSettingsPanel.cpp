@@ -5,6 +5,7 @@
 #include "app/settings/UpdateRows.h"
 #include "app/updates/InstallLocation.h"
 #include "statusbar/TrayBar.h"
+#include "ui/NoteLine.h"
 #include "ui/settings/ButtonRow.h"
 #include "ui/settings/ChoiceRow.h"
 #include "ui/settings/SliderRow.h"
@@ -60,6 +61,7 @@ class BarRow : public ChoiceRow {
 
 GeneralSettingsPanel::GeneralSettingsPanel(AppServices& services, AppContext& context)
     : SettingsPanel(QStringLiteral("General")) {
+    addProblemNote(services.defaults);
     addStartupSection(services.app);
     addBarSection(services.app, context);
     addUpdatesSection(*services.updates);
@@ -67,6 +69,13 @@ GeneralSettingsPanel::GeneralSettingsPanel(AppServices& services, AppContext& co
     addAboutSection(context);
     follow(services.notifications,
            {AppSettings::changeNotification, UpdateController::changeNotification});
+}
+
+void GeneralSettingsPanel::addProblemNote(DefaultsStore& store) {
+    NoteLine* note = addNote({});
+    const auto show = [note, &store] { note->setNote(store.problem(), NoteLine::Kind::Warning); };
+    connect(&store, &DefaultsStore::problemChanged, note, show);
+    show();
 }
 
 void GeneralSettingsPanel::addStartupSection(AppSettings& settings) {
@@ -94,7 +103,8 @@ void GeneralSettingsPanel::addBarSection(AppSettings& settings, AppContext& cont
                          bound(settings.barEdge)));
     addRow(new SliderRow(QStringLiteral("Bar Thickness: "),
                          {AppSettings::thinnest, AppSettings::thickest, 1},
-                         bound(settings.barThickness)));
+                         {[&settings] { return settings.dockBarOptions().thickness; },
+                          bound(settings.barThickness).set}));
     addRow(new ChoiceRow(QStringLiteral("Bar Appearance"),
                          {{QStringLiteral("dark"), QStringLiteral("Dark")},
                           {QStringLiteral("light"), QStringLiteral("Light")},

@@ -14,6 +14,7 @@ class GeneralSettingsPanel : public SettingsPanel {
     GeneralSettingsPanel(AppServices& services, AppContext& context);
 
   private:
+    void addProblemNote(DefaultsStore& store);
     void addBarSection(AppSettings& settings, AppContext& context);
     void addStartupSection(AppSettings& settings);
     void addUpdatesSection(UpdateController& updates);

@@ -2,6 +2,7 @@
 
 #include <QPixmapCache>
 
+#include "app/BarSwitch.h"
 #include "app/ModuleTable.h"
 #include "app/settings/AppearanceSettingsPanel.h"
 #include "app/settings/GeneralSettingsPanel.h"
@@ -19,11 +20,13 @@ std::unique_ptr<SettingsWindow> SettingsWindowController::makeWindow() {
     pages.push_back({QStringLiteral("general"), QStringLiteral("General"),
                      QStringLiteral("gearshape"), false,
                      [this] { return new GeneralSettingsPanel(services, context); }});
-    pages.push_back(
-        {QStringLiteral("appearance"), QStringLiteral("Appearance"), QStringLiteral("paintpalette"),
-         false,
-         [this] { return new AppearanceSettingsPanel(services.global, services.notifications); }});
-    for (SettingsPage& page : modulePages(services)) {
+    pages.push_back({QStringLiteral("appearance"), QStringLiteral("Appearance"),
+                     QStringLiteral("paintpalette"), false, [this] {
+                         return new AppearanceSettingsPanel(
+                             services.global, services.notifications,
+                             [this] { return imageContextOf(context.statusBar).appearance; });
+                     }});
+    for (SettingsPage& page : modulePages(services, context)) {
         pages.push_back(std::move(page));
     }
     return std::make_unique<SettingsWindow>(context, services.app, std::move(pages));

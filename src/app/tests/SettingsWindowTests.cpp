@@ -20,6 +20,7 @@
 #include "app/settings/SidebarRow.h"
 #include "item/ItemModule.h"
 #include "statusbar/OffscreenBar.h"
+#include "ui/NoteLine.h"
 #include "ui/settings/SettingsPanel.h"
 #include "ui/settings/SettingsRow.h"
 #include "ui/settings/TextField.h"
@@ -67,6 +68,27 @@ class SettingsWindowTest : public testing::Test {
     OffscreenBar bar{order};
     AppDelegate delegate{services, bar};
 };
+
+// Catches changes that are lost without a word.
+TEST_F(SettingsWindowTest, theGeneralPageSaysThatNothingIsSaved) {
+    SettingsWindow* window = open("general");
+    const auto warns = [window] {
+        const auto notes = window->findChildren<NoteLine*>();
+        return std::any_of(notes.begin(), notes.end(), [](const NoteLine* note) {
+            return note->isVisible() &&
+                   note->accessibleName().contains(QStringLiteral("are not saved"));
+        });
+    };
+    EXPECT_FALSE(warns());
+    QFile other(services.defaults.filePath());
+    ASSERT_TRUE(other.open(QFile::WriteOnly));
+    other.write("another file");
+    other.close();
+    services.global.monochrome = true;
+    EXPECT_TRUE(QTest::qWaitFor(warns, 20000));
+    EXPECT_TRUE(other.open(QFile::ReadOnly));
+    EXPECT_EQ(other.readAll(), "another file");
+}
 
 TEST_F(SettingsWindowTest, opensAtAPageAndGoesWhenItCloses) {
     QPointer<SettingsWindow> window = open("memory");

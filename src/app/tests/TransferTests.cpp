@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -28,31 +29,69 @@ void put(const QString& path, const QByteArray& bytes) {
     file.write(bytes);
 }
 
-// A value of the type that its reader takes for every key that the program knows.
+// The keys that settings files have, by the type of their values.
+struct Keys {
+    QStringList truths, numbers, texts, lists;
+    QStringList all() const { return truths + numbers + texts + lists; }
+};
+
+QStringList words(const char* text) {
+    return QString::fromLatin1(text).split(u' ');
+}
+
+Keys fileKeys() {
+    Keys keys{
+        words("app.hasLaunched app.showDock app.slowOnBattery app.checkForUpdates global.mono "
+              "cpu.showSingleBar cpu.showPerCoreBars cpu.showGraph cpu.splitCores net.showNumbers "
+              "net.includeAll net.lookUpWAN module.network.enabled module.cpu.enabled "
+              "module.memory.enabled module.gpu.enabled module.combined.enabled"),
+        words("app.barThickness app.lastUpdateCheck app.settingsWidth app.settingsHeight "
+              "global.interval global.labelSize combined.spacing"),
+        words("app.bar app.barEdge app.barAppearance app.announcedUpdate global.fg global.bg "
+              "global.text cpu.ecore net.displayMode net.displayStyle net.upColor "
+              "net.interfaceMode"),
+        words("app.itemOrder combined.order combined.enabled net.selectedInterfaces")};
+    for (const QString& item : words("cpu mem gpu net")) {
+        keys.truths << item + QStringLiteral(".mono");
+        keys.numbers << item + QStringLiteral(".interval");
+        for (const char* name : {".label", ".fg", ".bg", ".text"}) {
+            keys.texts << item + QLatin1String(name);
+        }
+    }
+    return keys;
+}
+
+// A value of the right type for every key, and one of a later version.
 PropertyList everyKey(bool truth, double number, const QString& text) {
-    const QTemporaryDir nowhere;
-    AppServices services(makeLinuxPlatform(SystemRoots::ofThisMachine()),
-                         nowhere.filePath(QStringLiteral("x")), DefaultsStore::Access::ReadOnly);
-    ItemOrder order(services.defaults, itemNames());
-    OffscreenBar bar(order);
-    const AppDelegate delegate(services, bar);
+    const Keys keys = fileKeys();
     PropertyList list;
-    for (const auto& [key, holds] : services.defaults.known()) {
+    for (const QString& key : keys.truths) {
         list.set(key, truth);
-        if (!holds(list, key)) {
-            list.set(key, number);
-        }
-        if (!holds(list, key)) {
-            list.set(key, text);
-        }
-        if (!holds(list, key)) {
-            list.set(key, QStringList{text, QStringLiteral("vostel.cpu")});
-        }
-        EXPECT_TRUE(holds(list, key)) << key.toStdString();
+    }
+    for (const QString& key : keys.numbers) {
+        list.set(key, number);
+    }
+    for (const QString& key : keys.texts) {
+        list.set(key, text);
+    }
+    for (const QString& key : keys.lists) {
+        list.set(key, QStringList{text, QStringLiteral("vostel.cpu")});
     }
     list.set(QStringLiteral("app.hasLaunched"), true);
     list.set(QStringLiteral("of.a.later.version"), text);
     return list;
+}
+
+// A date, which no reader takes, for every key.
+PropertyList everyTypeWrong() {
+    PropertyList wrong;
+    for (const QString& key : everyKey(true, 1, QString()).keys()) {
+        wrong.copyFrom(PropertyList::parse("<plist version=\"1.0\"><dict><key>" + key.toUtf8() +
+                                           "</key><date>2020-01-01T00:00:00Z</date></dict></plist>")
+                           .value(),
+                       key);
+    }
+    return wrong;
 }
 
 struct TransferTest : testing::Test {
@@ -172,13 +211,7 @@ TEST_F(TransferTest, EveryKeyComesBackThroughARelaunch) {
 }
 
 TEST_F(TransferTest, WhatCannotBeUsedChangesNothing) {
-    PropertyList wrong;
-    for (const QString& key : PropertyList::parse(first)->keys()) {
-        wrong.copyFrom(PropertyList::parse("<plist version=\"1.0\"><dict><key>" + key.toUtf8() +
-                                           "</key><date>2020-01-01T00:00:00Z</date></dict></plist>")
-                           .value(),
-                       key);
-    }
+    const PropertyList wrong = everyTypeWrong();
     const QString notValid = QStringLiteral("That file isn’t a valid Vostel settings file.");
     const struct {
         const char* what;
@@ -214,6 +247,43 @@ TEST_F(TransferTest, WhatCannotBeUsedChangesNothing) {
     }
 }
 
+// Catches a reader that tells nobody what it takes.
+TEST_F(TransferTest, EveryReaderSaysWhatItTakes) {
+    AppServices services(makeLinuxPlatform(SystemRoots::ofThisMachine()), home.settingsFile(),
+                         DefaultsStore::Access::ReadOnly);
+    ItemOrder order(services.defaults, itemNames());
+    OffscreenBar bar(order);
+    const AppDelegate delegate(services, bar);
+    QStringList known;
+    for (const auto& [key, holds] : services.defaults.known()) {
+        known << key;
+        EXPECT_FALSE(holds(everyTypeWrong(), key)) << key.toStdString();
+        EXPECT_TRUE(holds(everyKey(true, 1, QString()), key)) << key.toStdString();
+    }
+    QStringList expected = fileKeys().all();
+    expected.sort();
+    EXPECT_EQ(known, expected) << known.join(u' ').toStdString();
+}
+
+// Catches an export that import refuses: the store may hold values that no reader takes.
+TEST_F(TransferTest, EveryExportComesBackIn) {
+    PropertyList stored = everyTypeWrong();
+    stored.set(QStringLiteral("cpu.label"), QStringLiteral("kept"));
+    for (const bool isRunning : {false, true}) {
+        put(home.settingsFile(), stored.toXml());
+        const auto program = isRunning ? start() : nullptr;
+        ASSERT_EQ(Program(home, {QStringLiteral("export"), file}, environment).wait(), 0);
+        const auto settings = PropertyList::parse(contents(file));
+        ASSERT_TRUE(settings);
+        EXPECT_EQ(settings->text(QStringLiteral("cpu.label")), QStringLiteral("kept"));
+        EXPECT_TRUE(settings->contains(QStringLiteral("of.a.later.version")));
+        EXPECT_FALSE(settings->contains(QStringLiteral("combined.order")));
+        EXPECT_EQ(import().said, QString());
+        EXPECT_TRUE(!isRunning || hasTakenOver(program->id()));
+        EXPECT_EQ(contents(home.settingsFile()), contents(file));
+    }
+}
+
 TEST_F(TransferTest, ImportsRightAfterEachOther) {
     put(home.settingsFile(), first);
     const auto old = start();
@@ -238,6 +308,41 @@ TEST_F(TransferTest, ImportsRightAfterEachOther) {
     two.wait();
     EXPECT_TRUE(waitUntil([&] { return home.running().size() == 1; }));
     EXPECT_EQ(exportedNow(), first);
+}
+
+// Catches a run that writes over the file of a home that was mounted after its start, or goes on
+// with its own settings.
+TEST_F(TransferTest, AFolderMountedLaterIsReadAndNotWrittenOver) {
+    ASSERT_EQ(geteuid(), 0u) << "the mount of this test needs root";
+    const QString late = home.runtimeFolder() + QStringLiteral("/late");
+    ASSERT_TRUE(QDir().mkdir(late));
+    const QString lateFile = late + QStringLiteral("/com.vostel.app.plist");
+    put(lateFile, second);
+    // In a mount namespace of its own.
+    const QString script = home.runtimeFolder() + QStringLiteral("/start");
+    put(script, "#!/bin/sh\nexec unshare -m " VOSTEL " \"$@\"\n");
+    QFile::setPermissions(script, QFile::ReadOwner | QFile::ExeOwner);
+    const auto old = start(script);
+    ASSERT_TRUE(waitUntil([this] { return home.isOnDisk(QStringLiteral("app.hasLaunched")); }));
+    const QByteArray before = contents(home.settingsFile());
+    QProcess mount;
+    mount.start(QStringLiteral("nsenter"),
+                QStringList{QStringLiteral("-m"), QStringLiteral("-t"), QString::number(old->id()),
+                            QStringLiteral("mount"), QStringLiteral("--bind"), late,
+                            home.settingsFolder()});
+    ASSERT_TRUE(mount.waitForFinished());
+    ASSERT_EQ(mount.exitCode(), 0) << mount.readAllStandardError().toStdString();
+    put(file, first);
+    EXPECT_TRUE(import().said.contains(QStringLiteral("another file has come")));
+    EXPECT_EQ(old->wait(), 0);
+    ASSERT_TRUE(hasTakenOver(old->id()));
+    EXPECT_TRUE(old->errors().join(u' ').contains(QStringLiteral("Another settings file")));
+    EXPECT_EQ(contents(lateFile), second);
+    EXPECT_EQ(contents(home.settingsFile()), before);
+    EXPECT_EQ(exportedNow(), second);
+    // The new one knows the file, and writes it.
+    EXPECT_EQ(import().said, QString());
+    EXPECT_EQ(contents(lateFile), first);
 }
 
 TEST_F(TransferTest, ARelaunchThatFailsTakesTheImportBack) {

@@ -1,4 +1,6 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,7 +12,9 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTest>
 
+#include "core/Background.h"
 #include "core/DefaultsStore.h"
 #include "core/FirstRunDefaults.h"
 
@@ -36,6 +40,12 @@ class DefaultsStoreTest : public testing::Test {
     QStringList asides() const {
         return QDir(folder.filePath(QStringLiteral("vostel")))
             .entryList({QStringLiteral("*.corrupt-*")}, QDir::Files);
+    }
+
+    // What writing leaves behind when the process is killed.
+    QStringList leftovers() const {
+        return QDir(folder.filePath(QStringLiteral("vostel")))
+            .entryList({QStringLiteral(".vostel-*")}, QDir::Files | QDir::Hidden);
     }
 
     QTemporaryDir folder;
@@ -168,6 +178,7 @@ TEST_F(DefaultsStoreTest, ASymbolicLinkStaysOne) {
 TEST_F(DefaultsStoreTest, KilledWhileWriting) {
     std::mt19937 random(20260101);
     int survivors = 0;
+    qsizetype abandoned = 0;
     for (int round = 0; round < 25; ++round) {
         const pid_t child = fork();
         if (child == 0) {
@@ -183,17 +194,195 @@ TEST_F(DefaultsStoreTest, KilledWhileWriting) {
         usleep(std::uniform_int_distribution<useconds_t>(500, 40000)(random));
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
+        abandoned += leftovers().size();
         if (!QFileInfo::exists(path())) {
             continue;
         }
         ++survivors;
         const DefaultsStore store(path(), nullptr);
+        EXPECT_EQ(leftovers(), QStringList());
         const auto first = store.values().number(QStringLiteral("first"));
         ASSERT_TRUE(first.has_value());
         ASSERT_EQ(first, store.values().number(QStringLiteral("second")));
     }
     EXPECT_GT(survivors, 5);  // else the test showed nothing
+    EXPECT_GT(abandoned, 0);
     EXPECT_TRUE(asides().isEmpty());
+}
+
+// Catches cleaning up that takes what another process is writing, or what is not ours.
+TEST_F(DefaultsStoreTest, OnlyAbandonedFilesOfOursAreRemoved) {
+    writeFile(FirstRunDefaults::values().toXml());
+    const QDir here(folder.filePath(QStringLiteral("vostel")));
+    for (const char* name : {".vostel-abandn", ".vostel-locked", ".vostel-foreig",
+                             ".vostel-longer7", "com.vostel.app.plist.backup"}) {
+        ASSERT_TRUE(QFile(here.filePath(QLatin1String(name))).open(QIODevice::WriteOnly));
+    }
+    ASSERT_TRUE(here.mkdir(QStringLiteral(".vostel-folder")));
+    ASSERT_TRUE(QFile::link(path(), here.filePath(QStringLiteral(".vostel-symlnk"))));
+    QStringList kept{QStringLiteral(".vostel-folder"),
+                     QStringLiteral(".vostel-locked"),
+                     QStringLiteral(".vostel-longer7"),
+                     QStringLiteral(".vostel-symlnk"),
+                     QStringLiteral("com.vostel.app.plist.backup"),
+                     QStringLiteral("settings.plist")};
+    if (chown(QFile::encodeName(here.filePath(QStringLiteral(".vostel-foreig"))).constData(), 65534,
+              65534) == 0) {  // only root can give files away
+        kept.insert(1, QStringLiteral(".vostel-foreig"));
+    }
+    const int lock = open(
+        QFile::encodeName(here.filePath(QStringLiteral(".vostel-locked"))).constData(), O_RDONLY);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    const DefaultsStore store(path(), nullptr);
+    EXPECT_EQ(here.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name)
+                  .join(u' ')
+                  .toStdString(),
+              kept.join(u' ').toStdString());
+    close(lock);
+}
+
+// Catches a folder that cannot be looked into, and the like, taken for a first run: its defaults
+// would later be written over the user's file.
+TEST_F(DefaultsStoreTest, OnlyAMissingFileIsNoFile) {
+    const auto in = [this](const char* name) { return folder.filePath(QLatin1String(name)); };
+    QDir().mkpath(in("folder"));
+    QFile(in("file")).open(QIODevice::WriteOnly);
+    QFile::link(in("loop"), in("loop"));
+    QFile::link(in("nowhere"), in("dangling"));
+    ASSERT_EQ(mkfifo(QFile::encodeName(in("pipe")).constData(), 0600), 0);
+    const struct {
+        QString path;
+        const char* error;  // null: there is none
+    } rows[] = {
+        {in("none"), nullptr},
+        {in("none/below"), nullptr},
+        {in("dangling"), nullptr},
+        {in("folder"), "no ordinary file"},
+        {in("pipe"), "no ordinary file"},
+        {in("loop"), "symbolic links"},
+        {in("file/below"), "Not a directory"},
+        {folder.filePath(QString(300, u'x')), "too long"},
+    };
+    for (const auto& row : rows) {
+        DefaultsStore store(row.path, nullptr);
+        EXPECT_EQ(store.isUnreadable(), row.error != nullptr) << row.path.toStdString();
+        EXPECT_TRUE(store.problem().contains(QLatin1String(row.error)))
+            << store.problem().toStdString();
+        if (row.error != nullptr) {
+            store.set(QStringLiteral("k"), true);
+            EXPECT_FALSE(store.flush());
+        }
+    }
+    EXPECT_TRUE(QFileInfo(in("loop")).isSymLink());
+    EXPECT_FALSE(QFileInfo::exists(in("nowhere")));
+
+    // A folder that an ordinary user may not look into.
+    const QByteArray good = FirstRunDefaults::values().toXml();
+    writeFile(good);
+    const QByteArray closed = QFile::encodeName(in("vostel"));
+    ASSERT_EQ(chmod(closed.constData(), 0), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        if (geteuid() == 0 && setresuid(65534, 65534, 65534) != 0) {
+            _exit(3);
+        }
+        DefaultsStore store(path(), nullptr);
+        store.set(QStringLiteral("k"), true);
+        const bool isLeftAlone = !store.flush() && store.isUnreadable() &&
+                                 store.problem().contains(QStringLiteral("Permission denied"));
+        _exit(isLeftAlone ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    ASSERT_EQ(chmod(closed.constData(), 0700), 0);
+    EXPECT_EQ(readFile(path()), good);
+    EXPECT_EQ(leftovers(), QStringList());
+}
+
+// Catches settings written over a file that came after the start: with a home that was mounted
+// late, from another machine.
+TEST_F(DefaultsStoreTest, AFileThatThisRunDoesNotKnowStays) {
+    const QByteArray mine = FirstRunDefaults::values().toXml();
+    const QByteArray theirs = PropertyList().toXml();
+    const QString other = folder.filePath(QStringLiteral("other"));
+    const auto replaceWith = [&](const QByteArray& bytes) {
+        QFile file(other);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        file.close();
+        ASSERT_EQ(
+            rename(QFile::encodeName(other).constData(), QFile::encodeName(path()).constData()), 0);
+    };
+    const struct {
+        const char* what;
+        bool wasThere;
+        bool wrote;  // this run itself, before it happens
+        std::function<void()> happens;
+        bool isForeign;
+    } rows[] = {
+        {"comes later", false, false, [&] { writeFile(theirs); }, true},
+        {"comes later with what was written", false, false, [&] { writeFile(mine); }, true},
+        {"is replaced", true, false, [&] { replaceWith(theirs); }, true},
+        {"is replaced after a write", true, true, [&] { replaceWith(theirs); }, true},
+        {"is written in its place", true, true, [&] { writeFile(theirs); }, true},
+        {"is damaged", true, false, [&] { writeFile("{"); }, true},
+        {"becomes a copy of itself", true, false, [&] { replaceWith(mine); }, false},
+        {"goes", true, true, [&] { QFile::remove(path()); }, false},
+        {"stays", true, true, [] {}, false},
+    };
+    for (const auto& row : rows) {
+        QFile::remove(path());
+        if (row.wasThere) {
+            writeFile(mine);
+        }
+        DefaultsStore store(path(), nullptr);
+        int found = 0;
+        QObject::connect(&store, &DefaultsStore::foreignFileFound, [&] { ++found; });
+        if (row.wrote) {
+            store.set(QStringLiteral("k"), 1.0);
+            ASSERT_TRUE(store.flush()) << row.what;
+        }
+        row.happens();
+        const QByteArray before = readFile(path());
+        store.set(QStringLiteral("k"), 2.0);
+        for (int wait = 0; wait < 200 && found == 0 && readFile(path()) == before; ++wait) {
+            QTest::qWait(10);
+        }
+        EXPECT_EQ(found, row.isForeign ? 1 : 0) << row.what;
+        EXPECT_EQ(store.problem().isEmpty(), !row.isForeign) << row.what;
+        EXPECT_EQ(store.flush(), !row.isForeign) << row.what;
+        EXPECT_EQ(store.exchange(PropertyList()).has_value(), row.isForeign) << row.what;
+        EXPECT_EQ(readFile(path()) == before, row.isForeign) << row.what;
+        EXPECT_EQ(leftovers(), QStringList()) << row.what;
+    }
+}
+
+// Catches a change that is given up because it could not be saved at once.
+TEST_F(DefaultsStoreTest, ASaveThatFailedIsTriedAgain) {
+    Background background;
+    DefaultsStore store(path(), &background);
+    const QString blocked = folder.filePath(QStringLiteral("vostel"));
+    ASSERT_TRUE(QFile(blocked).open(QIODevice::WriteOnly));  // where the folder should be
+    int changes = 0;
+    QObject::connect(&store, &DefaultsStore::problemChanged, [&] { ++changes; });
+    store.set(QStringLiteral("k"), true);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return changes == 1; }, 20000));
+    EXPECT_TRUE(store.problem().contains(QStringLiteral("Not a directory")))
+        << store.problem().toStdString();
+    QFile::remove(blocked);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return changes == 2; }, 20000));
+    EXPECT_EQ(store.problem(), QString());
+    EXPECT_TRUE(readFile(path()).contains("<key>k</key>"));
+
+    // Made read-only while the program runs, and writable again.
+    ASSERT_EQ(chmod(QFile::encodeName(path()).constData(), 0400), 0);
+    store.set(QStringLiteral("later"), true);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return changes == 3; }, 20000));
+    EXPECT_FALSE(readFile(path()).contains("later"));
+    ASSERT_EQ(chmod(QFile::encodeName(path()).constData(), 0600), 0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return changes == 4; }, 20000));
+    EXPECT_TRUE(readFile(path()).contains("later"));
 }
 
 TEST_F(DefaultsStoreTest, FirstRunKeepsWhatTheUserHas) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include <QTemporaryDir>
 
 #include "core/ColorText.h"
@@ -89,6 +91,41 @@ TEST_F(SettingsTest, OverridesFallBackInSteps) {
         EXPECT_FALSE(store.values().contains(QLatin1String(name))) << name;
     }
     EXPECT_EQ(settings.effInterval(), global.updateInterval());
+}
+
+// Catches numbers and texts of a damaged or foreign file that reach timers, counters or drawing as
+// they are.
+TEST_F(SettingsTest, WhatIsReadIsBroughtIntoItsBounds) {
+    const std::pair<double, double> intervals[] = {{1e300, 86400}, {-5, 0.02},   {0, 0.02},
+                                                   {1e-300, 0.02}, {0.25, 0.25}, {900, 900}};
+    for (const auto& [stored, used] : intervals) {
+        store.set(QStringLiteral("x.interval"), stored);
+        store.set(QStringLiteral("global.interval"), stored);
+        GlobalSettings global(store, center);
+        ModuleSettings own(store, center, global, QStringLiteral("x."), "xSettingsChanged");
+        ModuleSettings other(store, center, global, QStringLiteral("y."), "ySettingsChanged");
+        EXPECT_EQ(own.effInterval(), used);
+        EXPECT_EQ(other.effInterval(), used);
+    }
+    EXPECT_EQ(IntervalOptions::label(1e300), QStringLiteral("1440m"));
+    EXPECT_EQ(IntervalOptions::label(-5), QStringLiteral("0s"));
+    EXPECT_EQ(IntervalOptions::bounded(std::nan("")), IntervalOptions::shortest);
+
+    const QString party = QString::fromUtf8("🎉");
+    store.set(QStringLiteral("x.label"), QStringLiteral("x") + party.repeated(1 << 20));
+    store.set(QStringLiteral("x.fg"), QString(5 << 20, u'F'));
+    store.set(QStringLiteral("x.list"),
+              QStringList(300, QStringLiteral("x") + party.repeated(200)));
+    GlobalSettings global(store, center);
+    ModuleSettings settings(store, center, global, QStringLiteral("x."), "xSettingsChanged");
+    EXPECT_EQ(settings.label(), QStringLiteral("x") + party.repeated(127));
+    EXPECT_EQ(settings.foregroundHexOverride()->size(), 256);
+    SettingsGroup group(store, center, QStringLiteral("x."), "xSettingsChanged");
+    const Setting<QStringList> list(group, QStringLiteral("list"), {});
+    EXPECT_EQ(list().size(), 256);
+    EXPECT_EQ(list().back().size(), 255);
+    settings.label = party.repeated(1 << 20);
+    EXPECT_EQ(store.values().text(QStringLiteral("x.label")), party.repeated(128));
 }
 
 TEST_F(SettingsTest, HandlersMayComeAndGoWhileANotificationIsDelivered) {

@@ -7,11 +7,13 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QXmlStreamReader>
 #include <QtEndian>
 
 #include "core/Background.h"
 #include "core/GlobalSettings.h"
 #include "core/ModuleManager.h"
+#include "core/PropertyListBounds.h"
 #include "core/SettingsTransfer.h"
 
 namespace vostel {
@@ -140,6 +142,91 @@ TEST_F(Transfer, WhatIsNoFileOfBoundedSizeIsNotRead) {
         EXPECT_TRUE(bytes.error.contains(QString::fromLatin1(row.said)))
             << bytes.error.toStdString();
     }
+}
+
+// The binary form of one object, with a trailer that gives these sizes.
+QByteArray oneObject(const QByteArray& object, int offsetSize = 1, int referenceSize = 1) {
+    QByteArray bytes = "bplist00" + object;
+    const auto table = static_cast<char>(bytes.size());
+    const QByteArray zeros(7, '\0');
+    bytes += QByteArray(offsetSize - 1, '\0') + "\x08" + QByteArray(6, '\0');
+    bytes += static_cast<char>(offsetSize);
+    bytes += static_cast<char>(referenceSize);
+    return bytes + zeros + '\1' + zeros + '\0' + zeros + table;
+}
+
+// Catches numbers of any width and values without number, which take seconds to count and
+// gigabytes to hold.
+TEST_F(Transfer, WhatTakesLongToCountIsRefused) {
+    const QByteArray empty = "\xd0";
+    EXPECT_TRUE(isPropertyListBounded(oneObject(empty)));
+    EXPECT_TRUE(PropertyList::parse(oneObject(empty)));
+    EXPECT_TRUE(isPropertyListBounded(oneObject(empty, 8, 8)));
+    EXPECT_FALSE(isPropertyListBounded(oneObject(empty, 9, 1)));
+    EXPECT_FALSE(isPropertyListBounded(oneObject(empty, 1, 9)));
+    for (int power = 0; power < 16; ++power) {
+        for (const char marker : {'\xaf', '\xdf', '\x5f', '\x4f'}) {
+            QByteArray object(1, marker);
+            object += static_cast<char>(0x10 + power);
+            object += QByteArray(40, '\0');
+            EXPECT_EQ(isPropertyListBounded(oneObject(object)), power <= 3) << power;
+        }
+    }
+    EXPECT_TRUE(isPropertyListBounded(document(QByteArray("<true/>").repeated(400'000))));
+    EXPECT_FALSE(isPropertyListBounded(document(QByteArray("<true/>").repeated(2'000'000))));
+    // One list of 16 bits' worth of references, again and again to the same text.
+    QByteArray lists = "bplist00";
+    for (int i = 0; i < 20; ++i) {
+        lists += QByteArray("\xaf\x11\xff\xff") + QByteArray(0xffff, '\x14');
+    }
+    QByteArray offsets;
+    for (int i = 0; i < 20; ++i) {
+        const quint32 big = qToBigEndian(static_cast<quint32>(8 + i * (4 + 0xffff)));
+        offsets.append(reinterpret_cast<const char*>(&big), sizeof big);
+    }
+    const quint32 table = qToBigEndian(static_cast<quint32>(lists.size() + 2));
+    const quint32 text = qToBigEndian(static_cast<quint32>(lists.size()));
+    lists += "\x51x" + offsets;
+    lists.append(reinterpret_cast<const char*>(&text), sizeof text);
+    lists += QByteArray(6, '\0') + "\x04\x01" + QByteArray(7, '\0') + '\x15' + QByteArray(12, '\0');
+    lists.append(reinterpret_cast<const char*>(&table), sizeof table);
+    EXPECT_FALSE(isPropertyListBounded(lists));
+}
+
+// Catches an export that no reader of XML takes, because a text holds what XML has no place for.
+TEST_F(Transfer, AnExportIsWellFormedWhateverTheTextsHold) {
+    QString text;
+    for (char16_t c = 1; c < 0x100; ++c) {
+        text += QChar(c);
+    }
+    text += QString::fromUtf8("☃🎉") + QChar(0xFFFE) + QChar(0xFFFF) + QChar(0xD800);
+    PropertyList settings;
+    settings.set(QStringLiteral("text"), text);
+    settings.set(QStringLiteral("list"), QStringList{text});
+    settings.set(QStringLiteral("key\x01\x1f"), true);
+    settings.set(QStringLiteral("plain"), QStringLiteral("tab\tand\nline"));
+    // The library takes the bytes of a binary form's texts as they are: {"a": "\xff\x01z"}.
+    const QByteArray zeros(7, '\0');
+    const auto raw = PropertyList::parse(QByteArray("bplist00\xd1\x01\x02\x51"
+                                                    "a\x53\xff\x01z\x08\x0b\x0d") +
+                                         QByteArray(6, '\0') + "\x01\x01" + zeros + '\3' + zeros +
+                                         '\0' + zeros + '\x11');
+    ASSERT_TRUE(raw);
+    settings.copyFrom(*raw, QStringLiteral("a"));
+    const QByteArray bytes = settings.toXml();
+    QXmlStreamReader reader(bytes);
+    while (!reader.atEnd()) {
+        if (reader.readNext() == QXmlStreamReader::DTD) {
+            continue;
+        }
+    }
+    EXPECT_FALSE(reader.hasError()) << reader.errorString().toStdString();
+    const auto again = SettingsTransfer::parse(bytes);
+    ASSERT_TRUE(again.value);
+    EXPECT_EQ(again.value->toXml(), bytes);
+    EXPECT_TRUE(again.value->contains(QStringLiteral("key")));
+    EXPECT_EQ(again.value->text(QStringLiteral("plain")), QStringLiteral("tab\tand\nline"));
+    EXPECT_TRUE(again.value->text(QStringLiteral("text"))->contains(QString::fromUtf8("ÿ☃🎉")));
 }
 
 // Catches a number that changes on its way, and a type that is lost.

@@ -93,6 +93,25 @@ TEST_F(TickSchedulerTest, SillyIntervalsDoNotSpin) {
     EXPECT_GT(*scheduler.nextWakeUp(), 1e6);
 }
 
+// Catches a due time that is no number, at which a timer fires without end.
+TEST_F(TickSchedulerTest, IntervalsBeyondAllMeasureWait) {
+    for (const double factor : {2.0, 1e308, std::nan("")}) {
+        scheduler.setIntervalFactor(factor);
+        for (const double interval : {1e300, 1e308, HUGE_VAL}) {
+            int count = 0;
+            const auto tick = scheduler.every(interval, 0.15 * interval, [&] { ++count; });
+            scheduler.fire();
+            EXPECT_EQ(count, 0) << interval << " " << factor;
+            EXPECT_GT(*scheduler.nextWakeUp(), 1e6) << interval << " " << factor;
+        }
+    }
+    scheduler.setIntervalFactor(1);
+    int count = 0;
+    const auto tick = scheduler.every(1, std::nan(""), [&] { ++count; });
+    run(10);
+    EXPECT_NEAR(count, 10, 1);
+}
+
 TEST_F(TickSchedulerTest, ATickOutlivesItsScheduler) {
     auto local = std::make_unique<TickScheduler>(clock);
     const auto tick = local->every(1, 0, [] {});

@@ -8,7 +8,7 @@
 namespace vostel {
 
 CPUSettingsPanel::CPUSettingsPanel(CPUSettings& settings, NotificationCenter& notifications,
-                                   bool canSplit)
+                                   std::function<Appearance()> barAppearance, bool canSplit)
     : SettingsPanel(QStringLiteral("CPU")) {
     addSection(QStringLiteral("Menu Bar"));
     addRow(new ToggleRow(QStringLiteral("Single Bar"), bound(settings.showSingleBar)));
@@ -22,11 +22,11 @@ CPUSettingsPanel::CPUSettingsPanel(CPUSettings& settings, NotificationCenter& no
     addRow(new ToggleRow(QStringLiteral("CPU Graph"), bound(settings.showGraph)));
     addRow(new TextRow(QStringLiteral("Label (Optional)"), bound(settings.label)));
 
-    AppearanceOverrideSection appearance{settings};
+    AppearanceOverrideSection appearance{settings, std::move(barAppearance)};
     const auto foreground = [&settings] { return settings.effForeground(); };
     appearance.extraColorRows.push_back(
         {QStringLiteral("Efficiency Core Color"), bound(settings.efficiencyHex), foreground,
-         foreground(), [foreground] { return globalText(hexString(foreground())); }});
+         foreground, [foreground] { return globalText(hexString(foreground())); }});
     appearance.addTo(*this);
     follow(notifications, {settings.changeNotification(), "globalSettingsChanged"});
 }

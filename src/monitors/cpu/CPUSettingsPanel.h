@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "monitors/cpu/CPUSettings.h"
 #include "ui/settings/SettingsPanel.h"
 
@@ -10,8 +12,10 @@ class CPUSettingsPanel : public SettingsPanel {
     Q_OBJECT
 
   public:
-    // `settings` outlives the panel. `canSplit`: the machine has processors of two kinds.
-    CPUSettingsPanel(CPUSettings& settings, NotificationCenter& notifications, bool canSplit);
+    // `settings` outlives the panel. `barAppearance`: see AppearanceOverrideSection. `canSplit`:
+    // the machine has processors of two kinds.
+    CPUSettingsPanel(CPUSettings& settings, NotificationCenter& notifications,
+                     std::function<Appearance()> barAppearance, bool canSplit);
 };
 
 }  // namespace vostel

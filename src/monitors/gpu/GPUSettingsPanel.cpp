@@ -5,11 +5,12 @@
 
 namespace vostel {
 
-GPUSettingsPanel::GPUSettingsPanel(GPUSettings& settings, NotificationCenter& notifications)
+GPUSettingsPanel::GPUSettingsPanel(GPUSettings& settings, NotificationCenter& notifications,
+                                   std::function<Appearance()> barAppearance)
     : SettingsPanel(QStringLiteral("GPU")) {
     addSection(QStringLiteral("Menu Bar"));
     addRow(new TextRow(QStringLiteral("Label (Optional)"), bound(settings.label)));
-    AppearanceOverrideSection{settings}.addTo(*this);
+    AppearanceOverrideSection{settings, std::move(barAppearance)}.addTo(*this);
     follow(notifications, {settings.changeNotification(), "globalSettingsChanged"});
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "monitors/gpu/GPUSettings.h"
 #include "ui/settings/SettingsPanel.h"
 
@@ -10,8 +12,9 @@ class GPUSettingsPanel : public SettingsPanel {
     Q_OBJECT
 
   public:
-    // `settings` outlives the panel.
-    GPUSettingsPanel(GPUSettings& settings, NotificationCenter& notifications);
+    // `settings` outlives the panel. `barAppearance`: see AppearanceOverrideSection.
+    GPUSettingsPanel(GPUSettings& settings, NotificationCenter& notifications,
+                     std::function<Appearance()> barAppearance);
 };
 
 }  // namespace vostel

@@ -6,11 +6,12 @@
 namespace vostel {
 
 MemorySettingsPanel::MemorySettingsPanel(MemorySettings& settings,
-                                         NotificationCenter& notifications)
+                                         NotificationCenter& notifications,
+                                         std::function<Appearance()> barAppearance)
     : SettingsPanel(QStringLiteral("Memory")) {
     addSection(QStringLiteral("Menu Bar"));
     addRow(new TextRow(QStringLiteral("Label (Optional)"), bound(settings.label)));
-    AppearanceOverrideSection{settings}.addTo(*this);
+    AppearanceOverrideSection{settings, std::move(barAppearance)}.addTo(*this);
     follow(notifications, {settings.changeNotification(), "globalSettingsChanged"});
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "monitors/memory/MemoryModule.h"
 #include "ui/settings/SettingsPanel.h"
 
@@ -10,8 +12,9 @@ class MemorySettingsPanel : public SettingsPanel {
     Q_OBJECT
 
   public:
-    // `settings` outlives the panel.
-    MemorySettingsPanel(MemorySettings& settings, NotificationCenter& notifications);
+    // `settings` outlives the panel. `barAppearance`: see AppearanceOverrideSection.
+    MemorySettingsPanel(MemorySettings& settings, NotificationCenter& notifications,
+                        std::function<Appearance()> barAppearance);
 };
 
 }  // namespace vostel

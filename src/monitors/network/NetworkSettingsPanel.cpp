@@ -49,11 +49,12 @@ QString noteOf(InterfaceMode mode, bool nothingToChoose) {
 }  // namespace
 
 NetworkSettingsPanel::NetworkSettingsPanel(NetworkSettings& networkSettings,
-                                           NotificationCenter& notifications)
+                                           NotificationCenter& notifications,
+                                           std::function<Appearance()> barAppearance)
     : SettingsPanel(QStringLiteral("Network")), settings(networkSettings) {
     addGraphSection();
     addInterfaceSection();
-    AppearanceOverrideSection{settings}.addTo(*this);
+    AppearanceOverrideSection{settings, std::move(barAppearance)}.addTo(*this);
     follow(notifications, {settings.changeNotification(), "globalSettingsChanged"});
     knownChanged = settings.knownInterfaces.addNotifier([this] { listInterfaces(); });
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QProperty>
 
 #include "monitors/network/NetworkSettings.h"
@@ -17,8 +19,9 @@ class NetworkSettingsPanel : public SettingsPanel {
     Q_OBJECT
 
   public:
-    // `settings` outlives the panel.
-    NetworkSettingsPanel(NetworkSettings& settings, NotificationCenter& notifications);
+    // `settings` outlives the panel. `barAppearance`: see AppearanceOverrideSection.
+    NetworkSettingsPanel(NetworkSettings& settings, NotificationCenter& notifications,
+                         std::function<Appearance()> barAppearance);
 
     void refresh() override;
 

@@ -5,7 +5,6 @@
 
 #include "core/ColorText.h"
 #include "core/SystemColors.h"
-#include "ui/Theme.h"
 #include "ui/settings/ButtonRow.h"
 #include "ui/settings/OverrideIntervalRow.h"
 #include "ui/settings/OverrideToggleRow.h"
@@ -44,24 +43,25 @@ QColor globalBackground(const GlobalSettings& global) {
 
 void AppearanceOverrideSection::addTo(SettingsPanel& panel) const {
     GlobalSettings* const global = &settings.global;
-    const auto text = [global] { return global->text(Theme::current().appearance); };
+    const auto foreground = [global] { return globalForeground(*global); };
+    const auto background = [global] { return globalBackground(*global); };
+    const auto text = [global, bar = barAppearance] { return global->text(bar()); };
     panel.addSection(QStringLiteral("Appearance"), QStringLiteral("Override"));
     if (includeForeground) {
         panel.addRow(new OverrideColorRow({QStringLiteral("Foreground Color"),
                                            bound(settings.foregroundHexOverride),
-                                           [global] { return globalForeground(*global); },
-                                           globalForeground(*global),
+                                           foreground,
+                                           foreground,
                                            {}}));
     }
     panel.addRow(new OverrideColorRow({QStringLiteral("Background Color"),
                                        bound(settings.backgroundHexOverride),
-                                       [global] { return globalBackground(*global); },
-                                       globalBackground(*global),
+                                       background,
+                                       background,
                                        {}}));
     // "auto" is a colour of the bar, not one that has digits.
     panel.addRow(new OverrideColorRow(
-        {QStringLiteral("Text Color"), bound(settings.textHexOverride), text, text(),
-         [global, text] {
+        {QStringLiteral("Text Color"), bound(settings.textHexOverride), text, text, [global, text] {
              return globalText(colorFromHex(global->textHex()) ? hexString(text())
                                                                : QStringLiteral("auto"));
          }}));
@@ -74,7 +74,8 @@ void AppearanceOverrideSection::addTo(SettingsPanel& panel) const {
     if (includeInterval) {
         panel.addRow(new OverrideIntervalRow(
             QStringLiteral("Refresh Interval"), bound(settings.intervalOverride),
-            [global] { return global->updateInterval(); }, intervalOptions));
+            [global] { return IntervalOptions::bounded(global->updateInterval()); },
+            intervalOptions));
     }
     if (showRevert) {
         panel.addRow(new ButtonRow(QString(), QStringLiteral("Revert to Global Settings"),

@@ -13,6 +13,7 @@ class SettingsPanel;
 // The rows by which an item overrides the global appearance, and the way back to it.
 struct AppearanceOverrideSection {
     OverridableAppearance& settings;
+    std::function<Appearance()> barAppearance;  // of the bar that the item is in, as it is now
     bool includeForeground = true;
     bool includeInterval = true;
     std::vector<double> intervalOptions = {IntervalOptions::monitors.begin(),

@@ -30,7 +30,8 @@ IntervalField::IntervalField(const QString& fieldName, std::vector<double> optio
             [this](int index) { Q_EMIT picked(shown.at(static_cast<std::size_t>(index))); });
 }
 
-void IntervalField::setSeconds(double seconds) {
+void IntervalField::setSeconds(double stored) {
+    const double seconds = IntervalOptions::bounded(stored);
     std::vector<double> wanted = offered;
     if (std::find(offered.begin(), offered.end(), seconds) == offered.end()) {
         wanted.push_back(seconds);

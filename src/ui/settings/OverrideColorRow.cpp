@@ -23,7 +23,7 @@ void OverrideColorRow::refresh() {
     const std::optional<QString> hex = color.hex.get();
     showOverridden(hex.has_value());
     if (hex) {
-        field->setHex(*hex, color.fallback);
+        field->setHex(*hex, color.fallback());
     } else {
         const QColor global = color.globalColor();
         field->setOff(color.offLabel ? color.offLabel() : globalText(hexString(global)), global);

@@ -15,7 +15,7 @@ struct OverrideColor {
     QString title;
     Binding<std::optional<QString>> hex;
     std::function<QColor()> globalColor;  // in effect while no override is set
-    QColor fallback;                      // shown when the hex text is no colour
+    std::function<QColor()> fallback;     // shown when the hex text is no colour
     std::function<QString()> offLabel;    // shown while no override is set; empty: "Global (#...)"
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <QEvent>
 #include <QLabel>
 #include <QVBoxLayout>
 
@@ -108,6 +109,13 @@ void SettingsPanel::refresh() {
     for (const Found& each : rows) {
         each.row->refresh();
     }
+}
+
+bool SettingsPanel::event(QEvent* event) {
+    if (event->type() == QEvent::Show || (event->type() == QEvent::PaletteChange && isVisible())) {
+        refresh();
+    }
+    return QScrollArea::event(event);
 }
 
 bool SettingsPanel::find(const QStringList& words) {

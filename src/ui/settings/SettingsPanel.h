@@ -44,6 +44,11 @@ class SettingsPanel : public QScrollArea {
     // The height at which nothing has to scroll, for a given width.
     int fullHeight(int width);
 
+  protected:
+    // Shown again, and under another appearance of the desktop: not every row has a notification
+    // for what it shows.
+    bool event(QEvent* event) override;
+
   private:
     struct Found {
         SettingsRow* row;

@@ -1,5 +1,6 @@
 #include "ui/settings/ThinSlider.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <QAccessibleWidget>
@@ -72,7 +73,8 @@ ThinSlider::ThinSlider(const QString& name, const SliderRange& sliderRange, QWid
 }
 
 int ThinSlider::positionOf(double value) const {
-    return static_cast<int>(std::lround((value - range.least) / range.step));
+    const double within = value > range.least ? std::min(value, range.most) : range.least;
+    return static_cast<int>(std::lround((within - range.least) / range.step));
 }
 
 QSize ThinSlider::sizeHint() const {

@@ -19,7 +19,7 @@ class ThinSlider : public QSlider {
     ThinSlider(const QString& accessibleName, const SliderRange& range, QWidget* parent = nullptr);
 
     double valueAt(int position) const { return range.least + position * range.step; }
-    int positionOf(double value) const;  // the nearest
+    int positionOf(double value) const;  // the nearest; of a value beyond the range, its end
 
     QSize sizeHint() const override;
 

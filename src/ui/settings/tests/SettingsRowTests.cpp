@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QApplication>
@@ -10,7 +12,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include "core/ColorText.h"
 #include "core/ModuleSettings.h"
+#include "core/SystemColors.h"
 #include "ui/settings/AppearanceOverrideSection.h"
 #include "ui/settings/ChoiceRow.h"
 #include "ui/settings/ColorSwatch.h"
@@ -74,6 +78,8 @@ class SettingsRowTest : public testing::Test {
     GlobalSettings global{store, center};
     ModuleSettings item{store, center, global, QStringLiteral("m."), "mSettingsChanged"};
     SettingsGroup group{store, center, QStringLiteral("m."), "mSettingsChanged"};
+    Appearance bar = Appearance::Dark;
+    const std::function<Appearance()> inBar = [this] { return bar; };
     SettingsPanel panel{QStringLiteral("Panel")};
 };
 
@@ -205,7 +211,7 @@ TEST_F(SettingsRowTest, overridesAreSetAndRemoved) {
     global.foregroundHex = QStringLiteral("#01020304");
     global.monochrome = true;
     global.updateInterval = 2.0;
-    AppearanceOverrideSection{item}.addTo(panel);
+    AppearanceOverrideSection{item, inBar}.addTo(panel);
     open();
     const struct {
         const char* title;
@@ -239,10 +245,45 @@ TEST_F(SettingsRowTest, overridesAreSetAndRemoved) {
     EXPECT_EQ(store.values().number(QStringLiteral("m.interval")), 0.5);
 }
 
+// Catches an override that begins with a colour of the settings window instead of the bar's, and
+// swatches that show what was in effect when the page was made.
+TEST_F(SettingsRowTest, overridesBeginWithWhatTheBarShows) {
+    item.backgroundHexOverride = QStringLiteral("no colour");
+    AppearanceOverrideSection{item, inBar}.addTo(panel);
+    open();
+    const auto swatch = [this](const char* title) {
+        return control<ColorSwatch>((std::string("Choose ") + title).c_str())->color();
+    };
+    for (const Appearance appearance : {Appearance::Light, Appearance::Dark}) {
+        bar = appearance;
+        click("Override Text Color");
+        EXPECT_EQ(text("m.text"), hexString(labelColor(appearance)));
+        click("Override Text Color");
+        panel.hide();
+        bar = appearance == Appearance::Light ? Appearance::Dark : Appearance::Light;
+        panel.show();
+        EXPECT_EQ(swatch("Text Color"), labelColor(bar));
+    }
+    global.backgroundHex = QStringLiteral("#01020304");
+    EXPECT_EQ(swatch("Background Color"), QColor(1, 2, 3, 4));
+    item.textHexOverride = QStringLiteral("no colour");
+    global.textHex = QStringLiteral("#05060708");
+    EXPECT_EQ(swatch("Text Color"), QColor(5, 6, 7, 8));
+}
+
+// Catches a slider that a number from a damaged file takes beyond its ends.
+TEST_F(SettingsRowTest, aSliderStaysWithinItsRange) {
+    const ThinSlider slider(QStringLiteral("s"), {16, 48, 1});
+    for (const auto& [value, position] : std::initializer_list<std::pair<double, int>>{
+             {1e300, 32}, {-1e300, 0}, {std::nan(""), 0}, {20, 4}}) {
+        EXPECT_EQ(slider.positionOf(value), position) << value;
+    }
+}
+
 TEST_F(SettingsRowTest, revertAsksFirst) {
     item.foregroundHexOverride = QStringLiteral("#FF0000FF");
     item.intervalOverride = 5.0;
-    AppearanceOverrideSection{item}.addTo(panel);
+    AppearanceOverrideSection{item, inBar}.addTo(panel);
     open();
     for (const char* answer : {"Cancel", "Revert"}) {
         click("Revert to Global Settings");
