@@ -10,6 +10,7 @@
 #include <QStyle>
 
 #include "render/SymbolImage.h"
+#include "statusbar/PlainText.h"
 #include "ui/Theme.h"
 #include "ui/settings/SettingsLook.h"
 
@@ -45,15 +46,12 @@ constexpr int textWidth = 380;
 
 QMessageBox* messageBox(const QString& symbol, const QColor& color, const QString& text,
                         const QString& detail, QWidget* parent) {
-    auto* box = new QMessageBox(parent);
+    QMessageBox* box = PlainText::messageBox(text, detail, parent);
     box->setWindowTitle(QStringLiteral("Vostel"));
     box->setIconPixmap(
         QPixmap::fromImage(symbolImage(symbol, symbolSize, box->devicePixelRatioF(), color)));
-    box->setText(text);
-    box->setInformativeText(detail);
     const QList<QLabel*> labels = box->findChildren<QLabel*>();
     for (QLabel* label : labels) {
-        label->setTextFormat(Qt::PlainText);  // a file's name may look like markup
         if (label->text() == text) {
             QFont bold = label->font();
             bold.setBold(true);
@@ -102,6 +100,7 @@ QFileDialog* TransferPanels::filePanel(const QString& title) {
     }
     auto* panel = new QFileDialog(window(), title, QDir::homePath());
     panel->setIconProvider(icons.get());
+    PlainText::keepMessagesPlain(*panel);
     return panel;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "render/MenuBarImage.h"
+#include "statusbar/PlainText.h"
 #include "ui/Popover.h"
 
 namespace vostel {
@@ -280,11 +281,12 @@ void CombinedModule::openWhere(const QString& id, const StatusItemClick& click) 
 void CombinedModule::choose(const StatusItemClick& click) {
     auto menu = std::make_unique<QMenu>();
     for (const Segment& segment : segments) {
-        const QString text = settings.title(segment.id) + u'\t' + textOf(*segment.module);
+        const QString text = PlainText::inMenu(settings.title(segment.id)) + u'\t' +
+                             PlainText::inMenu(textOf(*segment.module));
         // Queued: the popover opens when the menu is gone.
         connect(
-            menu->addAction(QString(text).replace(u'&', QStringLiteral("&&"))), &QAction::triggered,
-            this, [this, id = segment.id, click] { openWhere(id, click); }, Qt::QueuedConnection);
+            menu->addAction(text), &QAction::triggered, this,
+            [this, id = segment.id, click] { openWhere(id, click); }, Qt::QueuedConnection);
     }
     popUp(std::move(menu), click);
 }

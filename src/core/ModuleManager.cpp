@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "statusbar/PlainText.h"
+
 namespace vostel {
 
 namespace {
@@ -89,7 +91,7 @@ MenubarModule* ModuleManager::running(const QString& id) const {
 std::unique_ptr<QMenu> ModuleManager::buildModulesMenu() {
     auto menu = std::make_unique<QMenu>(QStringLiteral("Modules"));
     for (const Registration& row : registry) {
-        QAction* action = menu->addAction(row.title);
+        QAction* action = menu->addAction(PlainText::inMenu(row.title));
         action->setCheckable(true);
         action->setChecked(isEnabled(row.id));
         // Queued: switching a module off deletes the item whose menu this is.

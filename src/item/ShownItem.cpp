@@ -4,6 +4,7 @@
 #include <QScreen>
 
 #include "core/ModuleManager.h"
+#include "statusbar/PlainText.h"
 #include "ui/Popover.h"
 
 namespace vostel {
@@ -58,8 +59,8 @@ void ShownItem::handleClick(const StatusItemClick& click) {
 
 std::unique_ptr<QMenu> ShownItem::makeContextMenu() {
     auto menu = std::make_unique<QMenu>();
-    connect(menu->addAction(who.shortName + QStringLiteral(" Settings…")), &QAction::triggered,
-            this, [this] { openSettingsPanel(); });
+    connect(menu->addAction(PlainText::inMenu(who.shortName) + QStringLiteral(" Settings…")),
+            &QAction::triggered, this, [this] { openSettingsPanel(); });
     menu->addSeparator();
     if (context.modules != nullptr) {
         QMenu* modules = context.modules->buildModulesMenu().release();

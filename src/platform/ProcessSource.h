@@ -21,6 +21,8 @@ struct ProcessDetails {
     std::vector<std::string> arguments;  // empty for kernel threads; any bytes but NUL
     std::string executable;              // "" when it may not be known
     std::string cgroup;                  // path in the unified or systemd hierarchy, "" if none
+    std::string folder = {};             // working directory, "" when it may not be known
+    std::string image = {};              // file name of the AppImage that the program lies in
 };
 
 // The native process list. read() is for one thread at a time; details() may be called from any.

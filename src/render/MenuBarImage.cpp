@@ -7,6 +7,7 @@
 #include <QFontMetricsF>
 #include <QPainter>
 
+#include "render/ElidedText.h"
 #include "render/MeterGraph.h"
 #include "render/SymbolImage.h"
 
@@ -44,7 +45,7 @@ void drawDeviceText(QPainter& painter, const QRectF& rect, const QString& text, 
     QString shown = text;
     double width = metrics.horizontalAdvance(shown);
     if (width > rect.width() + 0.5) {
-        shown = metrics.elidedText(text, Qt::ElideRight, rect.width());
+        shown = elided(metrics, text, Qt::ElideRight, rect.width());
         width = metrics.horizontalAdvance(shown);
     }
     double x = rect.left();

@@ -7,6 +7,8 @@
 #include <QMouseEvent>
 #include <QToolTip>
 
+#include "statusbar/PlainText.h"
+
 namespace vostel {
 
 namespace {
@@ -131,13 +133,13 @@ void DockPointer::showTip() {
     if (const auto rect = hovered->screenRect()) {
         tipPosition.setY(std::max(tipPosition.y(), rect->bottom() - overlap));
     }
-    QToolTip::showText(tipPosition, tipText(*hovered));
+    PlainText::showToolTip(tipPosition, tipText(*hovered));
 }
 
 void DockPointer::textChanged(const BarItem& item) {
     if (explained != &item) return;
     if (QToolTip::isVisible()) {
-        QToolTip::showText(tipPosition, tipText(item));
+        PlainText::showToolTip(tipPosition, tipText(item));
     } else {
         explained = nullptr;
     }

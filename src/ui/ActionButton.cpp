@@ -3,6 +3,8 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include "render/ElidedText.h"
+#include "statusbar/PlainText.h"
 #include "ui/Theme.h"
 
 namespace vostel {
@@ -34,9 +36,10 @@ void ActionButton::setSymbol(const QString& name) {
 
 void ActionButton::setName(const QString& name) {
     setAccessibleName(name);
-    setToolTip(showsText ? QString() : name);
+    PlainText::setToolTip(*this, showsText ? QString() : name);
     if (showsText) {
         setText(name);
+        setShortcut({});  // an "&" in it is one
         updateGeometry();
     }
 }
@@ -84,9 +87,8 @@ void ActionButton::paintEvent(QPaintEvent*) {
     painter.setFont(styled(font(), TextStyle::Small));
     painter.setPen(ink);
     const QRect label = rect().adjusted(padding + symbolSize + gap, 0, -padding + 2, 0);
-    painter.drawText(
-        label, Qt::AlignLeft | Qt::AlignVCenter,
-        QFontMetrics(painter.font()).elidedText(text(), Qt::ElideRight, label.width()));
+    painter.drawText(label, Qt::AlignLeft | Qt::AlignVCenter,
+                     elided(QFontMetricsF(painter.font()), text(), Qt::ElideRight, label.width()));
 }
 
 void ActionButton::keyPressEvent(QKeyEvent* event) {

@@ -5,6 +5,8 @@
 #include <QFontMetricsF>
 #include <QPainter>
 
+#include "render/ElidedText.h"
+
 namespace vostel {
 
 namespace {
@@ -64,7 +66,7 @@ void FigureText::draw(QPainter& painter, const QRectF& rect, const QFont& font, 
     const double total = width(font, text);
     if (total > rect.width() + 0.5) {
         painter.drawText(rect, static_cast<int>(alignment | Qt::AlignVCenter),
-                         metrics.elidedText(text, Qt::ElideRight, rect.width()));
+                         elided(metrics, text, Qt::ElideRight, rect.width()));
         return;
     }
     const DigitWidths digits = digitWidths(metrics);

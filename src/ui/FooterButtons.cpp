@@ -4,6 +4,7 @@
 #include <QPainter>
 
 #include "core/SystemApp.h"
+#include "statusbar/PlainText.h"
 #include "ui/ActionButton.h"
 #include "ui/Theme.h"
 
@@ -44,7 +45,7 @@ void FooterButtons::nameMonitor() {
     monitor->setName(tr("Open in %1").arg(name.isEmpty() ? tr("System Monitor") : name));
     monitor->setEnabled(!name.isEmpty());
     if (name.isEmpty()) {
-        monitor->setToolTip(tr("No system monitor is installed."));
+        PlainText::setToolTip(*monitor, tr("No system monitor is installed."));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <QPainter>
 
+#include "render/ElidedText.h"
 #include "ui/FigureText.h"
 #include "ui/Theme.h"
 
@@ -74,7 +75,7 @@ void HeaderRow::paintEvent(QPaintEvent*) {
     painter.setFont(titleFont);
     painter.drawText(
         QPointF(row.left(), baseline),
-        QFontMetricsF(titleFont).elidedText(title, Qt::ElideRight, row.width() - valueWidth - 8));
+        elided(QFontMetricsF(titleFont), title, Qt::ElideRight, row.width() - valueWidth - 8));
 }
 
 void HeaderRow::describe() {

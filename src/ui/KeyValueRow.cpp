@@ -7,6 +7,8 @@
 #include <QGuiApplication>
 #include <QPainter>
 
+#include "render/ElidedText.h"
+#include "statusbar/PlainText.h"
 #include "ui/ActionButton.h"
 #include "ui/FigureText.h"
 #include "ui/Theme.h"
@@ -81,7 +83,7 @@ void KeyValueRow::paintEvent(QPaintEvent*) {
     // The ends of addresses and names tell them apart: what is too long loses its middle.
     FigureText::draw(
         painter, row, font(),
-        copied ? tr("Copied") : metrics.elidedText(value, Qt::ElideMiddle, std::ceil(row.width())));
+        copied ? tr("Copied") : elided(metrics, value, Qt::ElideMiddle, std::ceil(row.width())));
 }
 
 void KeyValueRow::resizeEvent(QResizeEvent* event) {
@@ -115,7 +117,8 @@ void KeyValueRow::showCopied(bool on) {
 
 void KeyValueRow::refresh() {
     setAccessibleName(key + u' ' + value);
-    setToolTip(QFontMetrics(font()).horizontalAdvance(value) > 150 ? value : QString());
+    PlainText::setToolTip(*this,
+                          QFontMetrics(font()).horizontalAdvance(value) > 150 ? value : QString());
     if (button) {
         button->setVisible(!value.isEmpty() && !what.isEmpty());
     }

@@ -2,6 +2,8 @@
 
 #include <QPainter>
 
+#include "render/ElidedText.h"
+#include "statusbar/PlainText.h"
 #include "ui/FigureText.h"
 #include "ui/Theme.h"
 
@@ -25,7 +27,7 @@ bool ProcessRow::setEntry(const ProcessEntry& value) {
         spoken += QStringLiteral(", ") + column.text;
     }
     setAccessibleName(spoken);
-    setToolTip(entry.detail.isEmpty() ? entry.name : entry.detail);
+    PlainText::setToolTip(*this, entry.detail.isEmpty() ? entry.name : entry.detail);
     return true;
 }
 
@@ -61,7 +63,7 @@ void ProcessRow::paintEvent(QPaintEvent*) {
     painter.setFont(font());
     painter.setPen(theme.text);
     painter.drawText(name, Qt::AlignLeft | Qt::AlignVCenter,
-                     QFontMetricsF(font()).elidedText(entry.name, Qt::ElideMiddle, name.width()));
+                     elided(QFontMetricsF(font()), entry.name, Qt::ElideMiddle, name.width()));
 }
 
 }  // namespace vostel

@@ -11,6 +11,7 @@
 #include "app/settings/SidebarRow.h"
 #include "core/ModuleManager.h"
 #include "item/ShownItem.h"
+#include "statusbar/PlainText.h"
 #include "ui/Theme.h"
 #include "ui/ThinScrollBar.h"
 #include "ui/settings/TextField.h"
@@ -45,7 +46,7 @@ SettingsSidebar::SettingsSidebar(AppContext& appContext, const std::vector<Setti
         connect(row, &SidebarRow::switched, this,
                 [this, row](bool on) { context.modules->setEnabled(on, row->id()); });
     }
-    nothingFound = new QLabel(tr("No settings found"), list);
+    nothingFound = PlainText::label(tr("No settings found"), list);
     nothingFound->setForegroundRole(QPalette::PlaceholderText);
     nothingFound->setAlignment(Qt::AlignCenter);
     nothingFound->setMinimumHeight(48);

@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <QPainterPath>
 
+#include "render/ElidedText.h"
 #include "statusbar/BarPainter.h"
 #include "ui/Theme.h"
 #include "ui/settings/SettingsLook.h"
@@ -72,7 +73,7 @@ void SidebarRow::paintEvent(QPaintEvent*) {
     painter.setPen(theme.text);
     painter.drawText(QRectF(textLeft, top, right - textLeft, titleHeight),
                      Qt::AlignLeft | Qt::AlignVCenter,
-                     fontMetrics().elidedText(text(), Qt::ElideRight, right - textLeft));
+                     elided(QFontMetricsF(font()), text(), Qt::ElideRight, right - textLeft));
     if (toggle != nullptr) {
         paintMiniature(painter);
     }

@@ -4,6 +4,7 @@
 #include <QLocale>
 
 #include "core/SystemApp.h"
+#include "render/ElidedText.h"
 #include "ui/NoteLine.h"
 #include "ui/settings/SettingsLook.h"
 #include "ui/settings/TextButton.h"
@@ -77,8 +78,9 @@ UpdateOfferRow::UpdateOfferRow(UpdateController& controller, QWidget* parent)
 void UpdateOfferRow::refresh() {
     const auto& offer = updates.offer();
     if (offer) {
-        setTitle(QStringLiteral("Version %1 is available")
-                     .arg(fontMetrics().elidedText(offer->version, Qt::ElideRight, versionRoom)));
+        setTitle(
+            QStringLiteral("Version %1 is available")
+                .arg(elided(QFontMetricsF(font()), offer->version, Qt::ElideRight, versionRoom)));
         notes->setVisible(!offer->releaseNotes.isEmpty());
         const QDate day = offer->published.toLocalTime().date();
         setHint(day.isValid() ? QStringLiteral("Released on %1.")

@@ -8,6 +8,8 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include "render/ElidedText.h"
+#include "statusbar/PlainText.h"
 #include "ui/Theme.h"
 
 namespace vostel {
@@ -64,7 +66,7 @@ void AddressButton::paintEvent(QPaintEvent*) {
     const QRectF row = QRectF(rect()).adjusted(0, 0, -symbolRoom, 0);
     // The ends of addresses tell them apart: what is too long loses its middle.
     const QString shown =
-        copied ? tr("Copied") : metrics.elidedText(address, Qt::ElideMiddle, row.width());
+        copied ? tr("Copied") : elided(metrics, address, Qt::ElideMiddle, row.width());
     painter.drawText(row, Qt::AlignLeft | Qt::AlignVCenter, shown);
     if (copied || underMouse() || hasFocus()) {
         const double left = std::ceil(metrics.horizontalAdvance(shown)) + 3;
@@ -91,7 +93,7 @@ void AddressButton::copy() {
 // A changed name is read out by assistive technology.
 void AddressButton::describe() {
     setAccessibleName(copiedTimer.isActive() ? tr("Copied") : tr("Copy %1").arg(address));
-    setToolTip(tr("Copy %1").arg(address));
+    PlainText::setToolTip(*this, tr("Copy %1").arg(address));
     update();
 }
 

@@ -8,7 +8,10 @@
 #include "monitors/network/AddressButton.h"
 #include "monitors/network/NetworkGraphView.h"
 #include "monitors/network/RatesRow.h"
+#include "monitors/process/PrintableText.h"
+#include "render/ElidedText.h"
 #include "render/RateFormatter.h"
+#include "statusbar/PlainText.h"
 #include "ui/FigureText.h"
 #include "ui/Theme.h"
 
@@ -21,6 +24,11 @@ constexpr double gap = 8;
 constexpr double arrowWidth = 6;
 constexpr double arrowRoom = 10;
 constexpr int padding = 3;
+constexpr std::size_t longestName = 64;  // characters
+
+QString nameOf(const InterfaceState& state) {
+    return QString::fromStdString(printableText(state.displayName, longestName));
+}
 
 QString rate(double value) {
     return QString::fromStdString(RateFormatter::rate(value));
@@ -46,8 +54,8 @@ void InterfaceRow::setState(const InterfaceState& value) {
     if (!assign(state, value)) {
         return;
     }
-    const QString name = QString::fromStdString(state.displayName);
-    setToolTip(name);
+    const QString name = nameOf(state);
+    PlainText::setToolTip(*this, name);
     setAccessibleName(QStringLiteral("%1, download %2, upload %3")
                           .arg(name, rate(state.current.down), rate(state.current.up)));
     setAccessibleDescription(state.included ? QString() : QStringLiteral("Not counted"));
@@ -90,8 +98,7 @@ void InterfaceRow::paintEvent(QPaintEvent*) {
     painter.setFont(font());
     painter.setPen(state.included ? theme.text : theme.secondary);
     painter.drawText(name, Qt::AlignLeft | Qt::AlignVCenter,
-                     QFontMetricsF(font()).elidedText(QString::fromStdString(state.displayName),
-                                                      Qt::ElideMiddle, name.width()));
+                     elided(QFontMetricsF(font()), nameOf(state), Qt::ElideMiddle, name.width()));
 
     painter.setOpacity(state.included ? 1 : 0.5);
     NetworkGraphView::draw(painter, graph, state.history, config);

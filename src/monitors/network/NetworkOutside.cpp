@@ -43,11 +43,8 @@ NetworkOutside NetworkOutside::ofThisMachine(AppContext& context, AppIcons& icon
         QCoreApplication::applicationDirPath().toLocal8Bit().toStdString());
     outside.traffic.identify = [&context, &icons](int pid, const std::string& comm) -> AppIdentity {
         const auto details = context.platform.processes->details(pid, -1);
-        if (!details) {
-            return {QString::fromStdString(friendlyName({}, comm)), {}};
-        }
-        return {QString::fromStdString(friendlyName(details->arguments, comm)),
-                iconText(icons.iconName(*details))};
+        return {QString::fromStdString(friendlyName(details.value_or(ProcessDetails()), comm)),
+                details ? iconText(icons.iconName(*details)) : QString()};
     };
     outside.traffic.loadIcon = [&icons](const QString& text) {
         const qsizetype end = text.indexOf(u'\n');

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "monitors/process/PrintableText.h"
 #include "monitors/process/TopAppsSection.h"
 #include "render/RateFormatter.h"
 #include "ui/HeaderRow.h"
@@ -15,6 +16,11 @@ constexpr int reservedApps = 4;  // rows
 
 QString rate(double value) {
     return QString::fromStdString(RateFormatter::rate(value));
+}
+
+QString printable(const std::string& text) {
+    constexpr std::size_t longestText = 255;  // characters; a name in the DNS has no more
+    return QString::fromStdString(printableText(text, longestText));
 }
 
 QString bytes(double count) {
@@ -137,8 +143,8 @@ void NetworkPopover::showWAN() {
 
 void NetworkPopover::showTailscale() {
     const std::optional<TailscaleStatus>& status = model.tailscale.value();
-    const QString name = status ? QString::fromStdString(status->dnsName) : QString();
-    const QString address = status ? QString::fromStdString(status->ipv4.value_or("")) : QString();
+    const QString name = status ? printable(status->dnsName) : QString();
+    const QString address = status ? printable(status->ipv4.value_or("")) : QString();
     tailscaleTitle->setVisible(status.has_value());
     tailscaleTitle->setNote(status && status->backendState == "Running"
                                 ? QStringLiteral("Running")

@@ -1,24 +1,19 @@
 #include "monitors/process/CommandWords.h"
 
+#include "monitors/process/PathNames.h"
+
 namespace vostel::CommandWords {
 
 using NameLists::contains;
 using NameLists::Context;
 using NameLists::Interpreter;
 using NameLists::Launcher;
+using NameLists::noProgram;
 
 namespace {
 
 bool isLetter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-// A flag of the launcher: how many words it takes, itself included.
-std::size_t flagWords(std::string_view flag, const Launcher& launcher) {
-    if (launcher.name == "bwrap" && contains(NameLists::twoValues, flag)) {
-        return 3;
-    }
-    return contains(launcher.values, flag) ? 2 : 1;
 }
 
 bool isAssignment(std::string_view word) {
@@ -36,20 +31,69 @@ std::optional<Context> contextOf(std::string_view flag, const Interpreter& inter
     return std::nullopt;
 }
 
-// "-um" is "-u -m": the flag that takes the rest of the word (or the next word) as its value, as a
-// position in `word`; 0 when the letters before it do not allow to read the word so.
-std::size_t clusteredFlag(std::string_view word, const Interpreter& interpreter) {
-    for (std::size_t i = 1; i < word.size(); ++i) {
-        const char flag[] = {'-', word[i]};
-        const std::string_view asFlag(flag, 2);
-        if (contextOf(asFlag, interpreter) || contains(interpreter.values, asFlag)) {
-            return i;
-        }
-        if (interpreter.cluster.find(word[i]) == std::string_view::npos) {
-            return 0;
+bool startsLikeSwitch(std::string_view flag) {
+    std::string_view starts = NameLists::switchStarts;
+    for (std::string_view start = takeWord(starts); !start.empty(); start = takeWord(starts)) {
+        if (flag.starts_with(start)) {
+            return true;
         }
     }
-    return 0;
+    return false;
+}
+
+// How a flag is to be read. `context` is set for one that says what runs; its `value` is the rest
+// of the word, or the next word when it `takes` one.
+struct Flag {
+    bool known = true;
+    std::size_t takes = 0;  // words behind it
+    std::optional<Context> context = {};
+    std::string_view value = {};
+};
+
+// `contextOf(flag)` knows the flags that say what runs. Short flags without a value (`letters`) may
+// stand in one word, with one that has a value at their end: "-um" is "-u -m".
+template <typename ContextOf>
+Flag readFlag(std::string_view word, std::string_view values, std::string_view letters,
+              std::string_view switches, ContextOf contextOf) {
+    const std::size_t equals = word.find('=');
+    if (const auto context = contextOf(word.substr(0, equals))) {
+        const bool attached = equals != std::string_view::npos;
+        return {true, attached ? 0u : 1u, context,
+                attached ? word.substr(equals + 1) : std::string_view()};
+    }
+    if (contains(values, word)) {
+        return {.takes = 1};
+    }
+    if (word.starts_with("--")) {
+        return {.known = equals != std::string_view::npos || switches == "*" ||
+                         contains(switches, word)};
+    }
+    for (std::size_t i = 1; i < word.size(); ++i) {
+        const char flag[] = {word[0], word[i]};
+        const std::string_view asFlag(flag, 2);
+        const auto context = contextOf(asFlag);
+        if (context || contains(values, asFlag)) {
+            return {true, i + 1 == word.size() ? 1u : 0u, context, word.substr(i + 1)};
+        }
+        if (letters.find(word[i]) == std::string_view::npos) {
+            return {.known = i == 1 && word.find_first_not_of("0123456789", 1) == word.npos};
+        }
+    }
+    return {};
+}
+
+// A path, or a name with the extension of a script.
+bool looksLikeFile(std::string_view word) {
+    const bool path = word.starts_with('/') || word.starts_with("./") || word.starts_with("../") ||
+                      word == "." || word.find(":\\") == 1;
+    return path || stemOf(word).size() + 1 < baseName(word).size();
+}
+
+// runuser(1) takes a program only with the flag that names the user; else the first argument does.
+bool hasUser(Words words) {
+    return std::any_of(words.begin(), words.end(), [](std::string_view word) {
+        return word == "--user" || word.starts_with("--user=") || word.starts_with("-u");
+    });
 }
 
 template <typename Table>
@@ -112,9 +156,10 @@ std::vector<std::string_view> splitCommand(std::string_view text, std::string_vi
         const std::size_t limit =
             std::min({text.find(" -"), text.find(" /"), text.find(" (deleted)"), text.size()});
         const std::size_t lastSlash = text.rfind('/', limit > 0 ? limit - 1 : 0);
-        // "/opt/Some Folder/some program", but not "/usr/bin/cat folder/file"
-        if (text.starts_with('/') && lastSlash != std::string_view::npos && lastSlash > end &&
-            !folder.ends_with("bin/") && folder.find("/lib") == std::string_view::npos) {
+        // "/opt/Some Folder/some program", but not "/usr/bin/cat folder/file" or "/srv/tool key/x"
+        if (text.starts_with("/opt/") && text.find('/', 5) > end &&
+            lastSlash != std::string_view::npos && lastSlash > end && !folder.ends_with("bin/") &&
+            folder.find("/lib") == std::string_view::npos) {
             end = limit;
         }
     }
@@ -128,6 +173,18 @@ std::vector<std::string_view> splitCommand(std::string_view text, std::string_vi
     return words;
 }
 
+std::string_view valueOf(Words words, std::string_view flag) {
+    for (std::size_t i = 1; i < words.size(); ++i) {
+        if (words[i] == flag) {
+            return i + 1 < words.size() ? words[i + 1] : std::string_view();
+        }
+        if (words[i].starts_with(flag) && words[i].substr(flag.size()).starts_with('=')) {
+            return words[i].substr(flag.size() + 1);
+        }
+    }
+    return {};
+}
+
 const Interpreter* findInterpreter(std::string_view program) {
     return findIn(NameLists::interpreters, program);
 }
@@ -136,65 +193,99 @@ const Launcher* findLauncher(std::string_view program) {
     return findIn(NameLists::launchers, program);
 }
 
-std::size_t launchedProgram(Words words, const Launcher& launcher) {
+Launched launched(Words words, const Launcher& launcher) {
+    const auto codeOf = [&](std::string_view flag) {
+        return contains(launcher.code, flag) ? std::optional(Context::code) : std::nullopt;
+    };
+    bool options = true;
+    bool certain = true;  // no flag so far that may have a value
     bool wantsSubcommand = !launcher.subcommands.empty();
     int positionals = launcher.positionals;
-    for (std::size_t i = 1; i < words.size();) {
+    if (launcher.name == "runuser" && !hasUser(words)) {
+        positionals = noProgram;
+    }
+    for (std::size_t i = 1; i < words.size(); ++i) {
         const std::string_view word = words[i];
-        if (word.size() > 1 && word.front() == '-') {
-            i += flagWords(word, launcher);
+        if (options && word == "--") {
+            options = false;
+            certain = true;
+        } else if (options && word.size() > 1 && word.front() == '-') {
+            if (launcher.name == "bwrap" && contains(NameLists::twoValues, word)) {
+                i += 2;
+                continue;
+            }
+            const Flag flag =
+                readFlag(word, launcher.values, launcher.letters, launcher.switches, codeOf);
+            if (flag.context) {
+                const std::string_view next = i + 1 < words.size() ? words[i + 1] : "";
+                return {0, flag.takes > 0 ? next : flag.value};
+            }
+            certain = certain && flag.known;
+            i += flag.takes;
+        } else if (!certain) {
+            return {};
         } else if (wantsSubcommand) {
             if (!contains(launcher.subcommands, word)) {
-                return 0;
+                return {};
             }
             wantsSubcommand = false;
-            ++i;
         } else if (positionals > 0) {
             --positionals;
-            ++i;
-        } else if (isAssignment(word) || word.empty()) {
-            ++i;  // env(1), sudo(8)
-        } else {
-            return i;
+        } else if (!isAssignment(word) && !word.empty()) {  // env(1), sudo(8)
+            return launcher.code == "*" ? Launched{0, word} : Launched{i, {}};
         }
     }
-    return 0;
+    return {};
 }
 
 std::optional<Target> interpreterTarget(Words words, const Interpreter& interpreter) {
+    const bool isShell = contains(NameLists::shells, interpreter.name);
     bool options = true;
+    bool certain = true;  // no flag so far that may have a value
+    bool isCode = false;  // the first argument that is no flag is code
+    bool readsInput = false;
     bool subcommand = !interpreter.subcommands.empty();
     for (std::size_t i = 1; i < words.size(); ++i) {
         const std::string_view word = words[i];
         if (options && word == "--") {
             options = false;
         } else if (!options || word.empty() || (word.front() != '-' && word.front() != '+')) {
+            if (isCode) {
+                return Target{Context::code, word, i};
+            }
+            if (readsInput) {
+                return std::nullopt;
+            }
             if (subcommand && contains(interpreter.subcommands, word)) {
                 subcommand = false;
             } else if (!word.empty() && word.front() != '@') {  // java's argument files
-                return Target{Context::file, word};
+                const bool blanks = word.find_first_of(" \t\n") != std::string_view::npos;
+                const bool file = looksLikeFile(word) && word.find('\n') == std::string_view::npos;
+                return file || (certain && !blanks) ? std::optional(Target{Context::file, word, i})
+                                                    : std::nullopt;
             }
         } else if (word == "-") {
             return std::nullopt;
         } else {
-            const std::size_t equals = std::min(word.find('='), word.size());
-            std::string_view value =
-                equals < word.size() ? word.substr(equals + 1)
-                                     : (i + 1 < words.size() ? words[i + 1] : std::string_view());
-            std::optional<Context> context = contextOf(word.substr(0, equals), interpreter);
-            bool takesNext = equals == word.size() &&
-                             (context.has_value() || contains(interpreter.values, word));
-            if (const std::size_t at = clusteredFlag(word, interpreter);
-                !takesNext && at > 0 && !word.starts_with("--")) {
-                const char flag[] = {'-', word[at]};
-                context = contextOf(std::string_view(flag, 2), interpreter);
-                takesNext = at + 1 == word.size();
-                value = takesNext ? value : word.substr(at + 1);
+            const Flag flag =
+                readFlag(word, interpreter.values, interpreter.cluster, interpreter.switches,
+                         [&](std::string_view name) { return contextOf(name, interpreter); });
+            const bool shortFlags = isShell && !word.starts_with("--");
+            if (shortFlags && word.front() == '-' && flag.takes == 0 && !flag.context) {
+                readsInput = readsInput || word.find('s') != std::string_view::npos;
             }
-            if (context) {
-                return Target{*context, value};
+            if (flag.context == Context::code && shortFlags && interpreter.name != "fish") {
+                isCode = true;  // sh(1): the code is an argument, not the value of the flag
+            } else if (flag.context) {
+                const std::string_view next = i + 1 < words.size() ? words[i + 1] : "";
+                return Target{*flag.context, flag.takes > 0 ? next : flag.value, i + flag.takes};
+            } else {
+                // "-Xmx1g", "-Mstrict": what stands in one word is complete in many.
+                const bool complete = word.size() > 2 && word[1] != '-' &&
+                                      contains(NameLists::joinsValues, interpreter.name);
+                certain = certain && (flag.known || complete || startsLikeSwitch(word));
+                i += flag.takes;
             }
-            i += takesNext ? 1 : 0;
         }
     }
     return std::nullopt;

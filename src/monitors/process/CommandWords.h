@@ -28,15 +28,25 @@ std::vector<std::string_view> splitCommand(std::string_view text, std::string_vi
 const NameLists::Interpreter* findInterpreter(std::string_view program);
 const NameLists::Launcher* findLauncher(std::string_view program);
 
-// The index of the program that a launcher starts, 0 when it starts none.
-std::size_t launchedProgram(Words words, const NameLists::Launcher& launcher);
+// What a launcher starts: a program, given by its index, or shell code; neither is set (0, "") when
+// that is nothing or cannot be told from the value of a flag that is not known.
+struct Launched {
+    std::size_t at = 0;
+    std::string_view code;
+};
+Launched launched(Words words, const NameLists::Launcher& launcher);
 
-// What an interpreter runs; nothing when it reads from its input.
+// What an interpreter runs, and the index of the word that says so; nothing when it reads from its
+// input or when that cannot be told.
 struct Target {
     NameLists::Context context = NameLists::Context::file;
     std::string_view value;
+    std::size_t at = 0;
 };
 std::optional<Target> interpreterTarget(Words words, const NameLists::Interpreter& interpreter);
+
+// The value of a long flag, "--flag=value" or "--flag value"; "" when it is not there.
+std::string_view valueOf(Words words, std::string_view flag);
 
 // Blanks in front skipped, cut at the next blank; `text` moves behind it.
 std::string_view takeWord(std::string_view& text);

@@ -6,6 +6,7 @@
 #include "monitors/process/CommandWords.h"
 #include "monitors/process/NameLists.h"
 #include "monitors/process/PrintableText.h"
+#include "monitors/process/ShellCode.h"
 
 namespace vostel {
 
@@ -24,149 +25,120 @@ struct Name {
     std::string_view addition;  // goes in parentheses; the interpreter, the role; may be empty
 };
 
-std::string lower(std::string_view text) {
-    std::string result(text);
-    for (char& c : result) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return result;
-}
+// What is known of a process beside its arguments. `comm` is that of its own program, not of those
+// that the arguments name further on.
+struct Known {
+    std::string_view comm;
+    ProcessPlace place;
+    int depth = 0;
 
-bool isGeneric(std::string_view part) {
-    return contains(NameLists::genericParts, lower(part));
-}
+    Known within() const { return {{}, place, depth + 1}; }
+};
 
-// "1.2.3", "v20.11", "python3.11", "22"
-bool isVersion(std::string_view part) {
-    const std::size_t digit = part.find_first_of("0123456789");
-    if (digit == std::string_view::npos ||
-        part.find_first_not_of("0123456789._-", digit) != std::string_view::npos) {
-        return false;
-    }
-    const std::string head = lower(part.substr(0, digit));
-    return head.empty() || head == "v" || contains(NameLists::genericDirs, head);
-}
+Name nameOf(Words words, const Known& known);
 
-std::vector<std::string_view> splitPath(std::string_view path) {
-    std::vector<std::string_view> parts;
-    while (!path.empty()) {
-        const std::size_t end = std::min(path.find_first_of("/\\"), path.size());
-        if (end > 0 && path.substr(0, end) != ".") {
-            parts.push_back(path.substr(0, end));
-        }
-        path.remove_prefix(std::min(end + 1, path.size()));
-    }
-    return parts;
-}
-
-// The file name without the extensions of scripts ("server.bundle.js" -> "server") and "-cli".
-std::string_view stemOf(std::string_view path) {
-    std::string_view stem = baseName(path);
-    for (std::size_t dot = stem.rfind('.'); dot != std::string_view::npos && dot > 0;
-         dot = stem.rfind('.')) {
-        if (!contains(NameLists::scriptExts, lower(stem.substr(dot + 1)))) {
-            break;
-        }
-        stem = stem.substr(0, dot);
-    }
-    for (std::string_view suffix : {"-cli", "_cli"}) {
-        if (stem.size() > suffix.size() && stem.ends_with(suffix)) {
-            stem.remove_suffix(suffix.size());
-        }
-    }
-    return stem;
-}
-
-std::string fileLabel(std::string_view path, std::string_view interpreterPath) {
-    const std::string_view stem = stemOf(path);
-    if (isGeneric(stem) || contains(NameLists::genericScripts, lower(stem))) {
-        std::string better = parentDirName(path);
-        if (better.empty()) {
-            better = projectFromVenv(interpreterPath);
-        }
-        if (!better.empty()) {
-            return better;
-        }
-    }
-    return std::string(stem);
-}
-
-// "org.example.tool.Main" -> "tool": the last part that says something.
-std::string classLabel(std::string_view name) {
-    name = name.substr(0, name.find('/'));  // module/class
-    for (std::string_view rest = name; !rest.empty();) {
-        const std::size_t dot = rest.rfind('.');
-        const std::string_view part = rest.substr(dot + 1);  // npos + 1 is 0
-        if (!part.empty() && !isGeneric(part)) {
-            return std::string(part);
-        }
-        rest = dot == std::string_view::npos ? std::string_view() : rest.substr(0, dot);
-    }
-    return std::string(name);
-}
-
-Name nameOf(Words words, std::string_view comm, int depth);
-
-// The first command of a shell's "-c" text, when it is a plain one.
-std::string codeLabel(std::string_view code, int depth) {
-    for (bool again = true; again;) {
-        std::string_view rest = code;
-        const std::string_view word = CommandWords::takeWord(rest);
-        const std::size_t next = rest.find_first_of("&;\n");
-        again = (word == "cd" || word == "set") && next != std::string_view::npos;
-        if (again) {
-            code = rest.substr(std::min(rest.find_first_not_of("&;\n ", next), rest.size()));
-        } else if (word == "exec" || (word.find('=') != std::string_view::npos &&
-                                      word.find_first_of("'\"$`(") == std::string_view::npos)) {
-            again = !rest.empty();
-            code = rest;
-        }
-    }
-    std::vector<std::string_view> words;
-    code = code.substr(0, code.find_first_of("&;|\n<>"));
-    while (!code.empty() && words.size() < 64) {
-        if (const std::string_view word = CommandWords::takeWord(code); !word.empty()) {
-            words.push_back(word);
-        }
-    }
+// The first command of shell code, "" when that cannot be told.
+std::string codeLabel(std::string_view code, const Known& known) {
+    const std::vector<std::string> command = firstCommand(code);
+    const std::vector<std::string_view> words(command.begin(), command.end());
     constexpr std::string_view plainWord =
-        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._/+@-";
-    if (words.empty() || words[0].find_first_not_of(plainWord) != std::string_view::npos ||
+        " abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._/+@-";
+    if (words.empty() || known.depth >= deepestNesting ||
+        words[0].find_first_not_of(plainWord.substr(words[0].starts_with('/') ? 0 : 1)) !=
+            std::string_view::npos ||
         contains(NameLists::shellWords, words[0])) {
         return {};
     }
-    return nameOf(words, {}, depth + 1).plain;
+    return nameOf(words, known.within()).plain;
 }
 
-Name interpreterName(Words words, const NameLists::Interpreter& interpreter, int depth) {
-    const auto target = CommandWords::interpreterTarget(words, interpreter);
-    std::string label;
-    if (target && target->context == Context::code) {
-        const bool isShell = contains("sh bash dash ash zsh ksh fish", interpreter.name);
-        label = isShell && depth < deepestNesting ? codeLabel(target->value, depth) : "";
-    } else if (target && target->context == Context::module) {
-        label = cleanModule(target->value);
-        if (isGeneric(label)) {
-            const std::string project = projectFromVenv(words[0]);
-            label = project.empty() ? label : project;
+std::string_view editorRole(Words words) {
+    constexpr std::string_view flag = "--type=";
+    for (const std::string_view word : words) {
+        for (const NameLists::EditorRole& entry : NameLists::editorRoles) {
+            if (word.starts_with(flag) && word.substr(flag.size()) == entry.type) {
+                return entry.role;
+            }
         }
-    } else if (target &&
-               (target->context == Context::className ||
-                (interpreter.name == "java" && target->value.find('/') == std::string_view::npos &&
-                 !target->value.ends_with(".java")))) {
-        label = target->value.ends_with(".jar") ? fileLabel(target->value, words[0])
-                                                : classLabel(target->value);
-    } else if (target && !target->value.starts_with("/dev/") &&
-               !target->value.starts_with("/proc/")) {
-        label = fileLabel(target->value, words[0]);
     }
-    if (label.empty()) {
-        label = projectFromVenv(words[0]);
+    return {};
+}
+
+// A file that an interpreter runs.
+Name scriptNameOf(Words words, const CommandWords::Target& target,
+                  const NameLists::Interpreter& interpreter, const Known& known) {
+    if (const auto* launcher = CommandWords::findLauncher(baseName(target.value));
+        launcher != nullptr && launcher->script && known.depth < deepestNesting) {
+        return nameOf(words.subspan(target.at), known.within());
     }
-    if (label.empty() || label == interpreter.name) {
+    if (std::string editor = remoteEditor(target.value); !editor.empty()) {
+        const std::string_view role = editorRole(words);
+        return {std::move(editor), role.empty() ? interpreter.name : role};
+    }
+    return {fileLabel(target.value, words[0], known.place), interpreter.name};
+}
+
+Name targetName(Words words, const CommandWords::Target& target,
+                const NameLists::Interpreter& interpreter, const Known& known) {
+    const std::string_view value = target.value;
+    switch (target.context) {
+        case Context::code:
+            return {contains(NameLists::shells, interpreter.name) ? codeLabel(value, known) : "",
+                    interpreter.name};
+        case Context::module: {
+            const std::string module = cleanModule(value);
+            const std::string project = isGenericName(module) ? projectFromVenv(words[0]) : "";
+            return {project.empty() ? module : project, interpreter.name};
+        }
+        case Context::className:
+            return {classLabel(value), interpreter.name};
+        case Context::archive:
+        case Context::project:
+            return {fileLabel(value, {}, known.place), interpreter.name};
+        case Context::file:
+            break;
+    }
+    if (value.starts_with("/dev/") || value.starts_with("/proc/")) {
+        return {};
+    }
+    if (interpreter.name == "java" && value.find('/') == std::string_view::npos &&
+        !value.ends_with(".java")) {
+        return {classLabel(value), interpreter.name};
+    }
+    if (interpreter.name == "dotnet" && value == "run") {
+        const std::string_view project = CommandWords::valueOf(words, "--project");
+        return {fileLabel(project.empty() ? "." : project, {}, known.place), interpreter.name};
+    }
+    return scriptNameOf(words, target, interpreter, known);
+}
+
+Name interpreterName(Words words, const NameLists::Interpreter& interpreter, const Known& known) {
+    const auto target = CommandWords::interpreterTarget(words, interpreter);
+    Name name = target ? targetName(words, *target, interpreter, known) : Name();
+    if (name.plain.empty()) {
+        name = {projectFromVenv(words[0]), interpreter.name};
+    }
+    if (name.plain.empty() || name.plain == interpreter.name) {
         return {std::string(baseName(words[0])), {}};
     }
-    return {label, interpreter.name};
+    return name;
+}
+
+Name launcherName(Words words, const NameLists::Launcher& launcher, std::string_view program,
+                  const Known& known) {
+    const CommandWords::Launched inner = CommandWords::launched(words, launcher);
+    Name name;
+    if (known.depth < deepestNesting) {
+        name = inner.at > 0 ? nameOf(words.subspan(inner.at), known.within())
+                            : Name{codeLabel(inner.code, known), {}};
+    }
+    if (name.plain.empty()) {
+        return {std::string(program), {}};
+    }
+    if (launcher.name == "flatpak" && name.plain.find('.') != std::string::npos) {
+        name.plain = classLabel(name.plain);
+    }
+    return {name.plain, name.addition.empty() ? launcher.name : name.addition};
 }
 
 // The value of a helper's "--type=", or what a "-contentproc" process ends with.
@@ -200,31 +172,38 @@ std::string_view appPath(Words words) {
 }
 
 // `words` is not empty.
-Name nameOf(Words words, std::string_view comm, int depth) {
+Name nameOf(Words words, const Known& known) {
     std::string_view program = baseName(words[0]);
     if (program.empty() || words[0].starts_with("/proc/")) {
-        program = comm.empty() ? program : comm;
+        program = known.comm.empty() ? program : known.comm;
     }
     if (const std::string_view role = helperRole(words); !role.empty()) {
         const std::string_view app = appPath(words);
         const bool shared = CommandWords::findInterpreter(program) != nullptr && !app.empty();
-        return {shared ? fileLabel(app, words[0]) : std::string(program), role};
+        return {shared ? fileLabel(app, words[0], {}) : std::string(program), role};
     }
     if (const auto* launcher = CommandWords::findLauncher(program)) {
-        const std::size_t at = CommandWords::launchedProgram(words, *launcher);
-        if (at == 0 || depth >= deepestNesting) {
-            return {std::string(program), {}};
-        }
-        Name inner = nameOf(words.subspan(at), {}, depth + 1);
-        if (launcher->name == "flatpak" && inner.plain.find('.') != std::string::npos) {
-            inner.plain = classLabel(inner.plain);
-        }
-        return {inner.plain, inner.addition.empty() ? launcher->name : inner.addition};
+        return launcherName(words, *launcher, program, known);
     }
     if (const auto* interpreter = CommandWords::findInterpreter(program)) {
-        return interpreterName(words, *interpreter, depth);
+        return interpreterName(words, *interpreter, known);
     }
-    return {std::string(program), {}};
+    const bool hasPath = program == baseName(words[0]);
+    return {hasPath ? programLabel(words[0], known.place) : std::string(program), {}};
+}
+
+// A title without a colon: "npm run dev". Later words may be arguments that were joined.
+std::string shortTitle(std::string_view text) {
+    constexpr int mostWords = 3;
+    std::string title;
+    for (int i = 0; i < mostWords; ++i) {
+        const std::string_view word = CommandWords::takeWord(text);
+        if (word.empty() || word.find_first_of("=:@") != std::string_view::npos) {
+            break;
+        }
+        title += (title.empty() ? "" : " ") + std::string(word);
+    }
+    return title;
 }
 
 // "sshd: u@pts/0", "postgres: writer", "nginx: master process /usr/sbin/nginx -g ...": a title that
@@ -261,7 +240,8 @@ std::string finished(const Name& name, std::string_view comm) {
 
 }  // namespace
 
-std::string friendlyName(std::span<const std::string> arguments, std::string_view comm) {
+std::string friendlyName(std::span<const std::string> arguments, std::string_view comm,
+                         const ProcessPlace& place) {
     if (arguments.empty()) {
         return finished({std::string(comm), {}}, comm);
     }
@@ -270,25 +250,30 @@ std::string friendlyName(std::span<const std::string> arguments, std::string_vie
         return finished({*title, {}}, comm);
     }
     std::vector<std::string_view> words(arguments.begin(), arguments.end());
-    if (words.size() == 1 && first.find(' ') != std::string_view::npos) {
+    const bool windows = first.find(":\\") == 1;
+    if (words.size() == 1 && first.find(' ') != std::string_view::npos && !windows) {
         if (first.find(" -") != std::string_view::npos) {
             words = CommandWords::splitCommand(first, comm);  // joined by the process itself
         } else if (first.find('/') > first.find(' ')) {
-            return finished({std::string(first), {}},
-                            comm);  // a title without colon: "npm run dev"
+            return finished({shortTitle(first), {}}, comm);
         }
     }
-    return finished(nameOf(words, comm, 0), comm);
+    return finished(nameOf(words, {comm, place}), comm);
+}
+
+std::string friendlyName(const ProcessDetails& details, std::string_view comm) {
+    return friendlyName(details.arguments, comm, {details.folder, details.image});
 }
 
 std::string friendlyName(std::string_view commandLine) {
     if (const auto title = titleOf(commandLine)) {
         return finished({*title, {}}, {});
     }
-    if (commandLine.starts_with('[') && commandLine.ends_with(']')) {  // a kernel thread
+    if (commandLine.starts_with('[') && commandLine.ends_with(']') &&
+        commandLine.find(' ') == std::string_view::npos) {  // a kernel thread
         return finished({std::string(commandLine.substr(1, commandLine.size() - 2)), {}}, {});
     }
-    return finished(nameOf(CommandWords::splitCommand(commandLine, {}), {}, 0), {});
+    return finished(nameOf(CommandWords::splitCommand(commandLine, {}), {}), {});
 }
 
 std::string scriptName(std::span<const std::string> arguments) {
@@ -297,7 +282,7 @@ std::string scriptName(std::span<const std::string> arguments) {
     for (int depth = 0; !words.empty() && depth < deepestNesting; ++depth) {
         const std::string_view program = baseName(words[0]);
         if (const auto* launcher = CommandWords::findLauncher(program)) {
-            const std::size_t at = CommandWords::launchedProgram(words, *launcher);
+            const std::size_t at = CommandWords::launched(words, *launcher).at;
             words = at > 0 ? words.subspan(at) : Words();
         } else if (const auto* interpreter = CommandWords::findInterpreter(program)) {
             const auto target = CommandWords::interpreterTarget(words, *interpreter);
@@ -305,54 +290,6 @@ std::string scriptName(std::span<const std::string> arguments) {
                                                               : std::string();
         } else {
             break;
-        }
-    }
-    return {};
-}
-
-std::string cleanModule(std::string_view module) {
-    for (std::size_t dot = module.rfind('.'); dot != std::string_view::npos && dot > 0;
-         dot = module.rfind('.')) {
-        const std::string_view part = module.substr(dot + 1);
-        if (!isGeneric(part) && !part.empty() && part.front() != '_') {
-            break;
-        }
-        module = module.substr(0, dot);
-    }
-    return std::string(module);
-}
-
-std::string projectFromVenv(std::string_view path) {
-    const std::vector<std::string_view> parts = splitPath(path);
-    for (std::size_t i = parts.size(); i-- > 0;) {
-        if (contains(NameLists::venvHomes, parts[i]) && i + 2 < parts.size()) {
-            std::string_view name = parts[i + 1];  // "shop", or "shop-Ab3dE_g1-py3.11"
-            const std::size_t python = name.rfind("-py");
-            constexpr std::size_t hashLetters = 8;
-            if (python != std::string_view::npos && python > hashLetters + 1 &&
-                name[python - hashLetters - 1] == '-') {
-                name = name.substr(0, python - hashLetters - 1);
-            }
-            return std::string(name);
-        }
-        if (contains(NameLists::venvDirs, parts[i]) && i > 0 && i + 1 < parts.size()) {
-            const bool home = i == 2 && parts[0] == "home";
-            return home ? "" : std::string(parts[i - 1]);
-        }
-    }
-    return {};
-}
-
-std::string parentDirName(std::string_view path) {
-    std::vector<std::string_view> parts = splitPath(path);
-    if (!parts.empty()) {
-        parts.pop_back();
-    }
-    const bool underHome = path.starts_with("/home/");
-    for (std::size_t i = parts.size(); i-- > (underHome ? 2u : 0u);) {
-        if (parts[i] != ".." && !contains(NameLists::genericDirs, lower(parts[i])) &&
-            !isVersion(parts[i])) {
-            return std::string(parts[i]);
         }
     }
     return {};

@@ -95,8 +95,7 @@ struct ProcessSampler::State {
                 details = processes.details(entry.pid, entry.startSeconds);
             }
             if (!named) {
-                const auto arguments = details ? details->arguments : std::vector<std::string>();
-                entry.name = friendlyName(arguments, entry.name);
+                entry.name = friendlyName(details.value_or(ProcessDetails()), entry.name);
             }
             rows.push_back({std::move(entry), details ? icons.iconName(*details) : AppIconName()});
         }

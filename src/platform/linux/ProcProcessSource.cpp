@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "platform/linux/ProcFile.h"
+
 namespace vostel {
 
 namespace {
@@ -81,6 +83,12 @@ const char* skipFields(const char* cursor, const char* end, int count) {
         cursor = blank != nullptr ? static_cast<const char*>(blank) + 1 : end;
     }
     return cursor;
+}
+
+std::string readLink(int directory, const char* path) {
+    char target[4096];
+    const ssize_t length = readlinkat(directory, path, target, sizeof target);
+    return {target, length > 0 ? static_cast<std::size_t>(length) : 0};
 }
 
 std::vector<std::string> splitArguments(std::string_view text) {
@@ -166,6 +174,33 @@ std::string_view cgroupPath(std::string_view text) {
     return systemd;
 }
 
+std::string_view appImageOf(std::string_view path, std::string_view mounts) {
+    const std::size_t mount = path.find("/.mount_");
+    const std::size_t below = path.find('/', mount + 1);
+    if (mount == std::string_view::npos || below == std::string_view::npos) {
+        return {};
+    }
+    const std::string field = ' ' + std::string(path.substr(0, below)) + ' ';
+    while (!mounts.empty()) {
+        const std::size_t end = std::min(mounts.find('\n'), mounts.size());
+        const std::string_view line = mounts.substr(0, end);
+        mounts.remove_prefix(std::min(end + 1, mounts.size()));
+        // "... / /tmp/.mount_KritaAb1Cd2 ro ... - fuse.Krita.AppImage Krita.AppImage ro,..."
+        constexpr std::string_view type = " - fuse.";
+        const std::size_t at = line.find(type);
+        if (line.find(field) < at && at != std::string_view::npos) {
+            const std::string_view rest = line.substr(at + type.size());
+            const std::string_view source = rest.substr(std::min(rest.find(' '), rest.size()));
+            const std::string_view file = source.substr(0, source.find(' ', 1));
+            if (file.size() < 2) {
+                return {};
+            }
+            return file.substr(file.find_last_of(" /") + 1);
+        }
+    }
+    return {};
+}
+
 ProcProcessSource::ProcProcessSource(const SystemRoots& roots) : proc(roots.proc) {
     if (const long ticks = sysconf(_SC_CLK_TCK); ticks > 0) {
         units.ticksPerSecond = static_cast<double>(ticks);
@@ -237,9 +272,13 @@ std::optional<ProcessDetails> ProcProcessSource::details(std::int32_t pid, doubl
     }
     ProcessDetails details;
     details.arguments = splitArguments(readUpTo(process.get(), "cmdline", argumentBytes));
-    char link[4096];
-    const ssize_t length = readlinkat(process.get(), "exe", link, sizeof link);
-    details.executable.assign(link, length > 0 ? static_cast<std::size_t>(length) : 0);
+    details.executable = readLink(process.get(), "exe");
+    details.folder = readLink(process.get(), "cwd");
+    if (details.executable.find("/.mount_") != std::string::npos) {
+        // The mount table of this process: that of another may not be readable.
+        details.image =
+            appImageOf(details.executable, readSmallFile(proc + "/self/mountinfo").value_or(""));
+    }
     details.cgroup = cgroupPath(readUpTo(process.get(), "cgroup", cgroupBytes));
     return details;
 }

@@ -24,6 +24,10 @@ bool parsePidStat(std::string_view text, const ProcUnits& units, ProcessRecord& 
 // hierarchy ("name=systemd"), else "".
 std::string_view cgroupPath(std::string_view text);
 
+// The file name of the AppImage whose mount `path` lies in, as `mounts` (/proc/PID/mountinfo, see
+// proc(5)) tells it; "" for other paths.
+std::string_view appImageOf(std::string_view path, std::string_view mounts);
+
 // /proc: three system calls per process, for its stat file; nothing else is opened for the list.
 class ProcProcessSource : public ProcessSource {
   public:

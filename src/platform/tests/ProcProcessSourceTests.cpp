@@ -51,6 +51,21 @@ TEST(ProcProcessSourceTest, ControlGroupOfEveryHierarchyLayout) {
     EXPECT_EQ(cgroupPath("garbage\n\n:"), "");
 }
 
+TEST(ProcProcessSourceTest, AppImageOfAMount) {
+    const char* const mounts =
+        "22 1 8:1 / / rw shared:1 - ext4 /dev/sda1 rw\n"
+        "90 22 0:50 / /tmp/.mount_KritaAb1Cd2 ro,nosuid shared:4 - fuse.Krita-5.AppImage "
+        "Krita-5.AppImage ro,user_id=1000\n"
+        "91 22 0:51 / /tmp/.mount_KritaAb1Cd3 ro - fuse /home/u/Other.AppImage ro\n"
+        "92 22 0:52 / /run/.mount_x ro - fuse.y";
+    EXPECT_EQ(appImageOf("/tmp/.mount_KritaAb1Cd2/usr/bin/krita", mounts), "Krita-5.AppImage");
+    EXPECT_EQ(appImageOf("/tmp/.mount_KritaAb1Cd3/AppRun", mounts), "") << "not of the runtime";
+    EXPECT_EQ(appImageOf("/tmp/.mount_KritaAb1Cd2", mounts), "");
+    EXPECT_EQ(appImageOf("/tmp/.mount_Krita/AppRun", mounts), "");
+    EXPECT_EQ(appImageOf("/run/.mount_x/AppRun", mounts), "");
+    EXPECT_EQ(appImageOf("/usr/bin/krita", mounts), "");
+}
+
 TEST(ProcProcessSourceTest, OnlyProcessesOfACapturedTreeInOrder) {
     const std::filesystem::path root = testing::TempDir() + "/proctree" + std::to_string(getpid());
     for (const char* pid : {"300", "20", "1", "self", "12345678901"}) {
@@ -91,6 +106,7 @@ TEST(ProcProcessSourceTest, ThisProcessAndItsSuccessor) {
     EXPECT_EQ(details->executable, std::filesystem::read_symlink("/proc/self/exe"));
     ASSERT_FALSE(details->arguments.empty());
     EXPECT_TRUE(details->arguments[0].ends_with("process_source_tests"));
+    EXPECT_EQ(details->folder, std::filesystem::current_path());
     EXPECT_TRUE(source.details(getpid(), -1));
     EXPECT_FALSE(source.details(getpid(), self->startSeconds + 0.01)) << "another owner of the pid";
 

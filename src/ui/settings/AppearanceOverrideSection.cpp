@@ -5,6 +5,7 @@
 
 #include "core/ColorText.h"
 #include "core/SystemColors.h"
+#include "statusbar/PlainText.h"
 #include "ui/settings/ButtonRow.h"
 #include "ui/settings/OverrideIntervalRow.h"
 #include "ui/settings/OverrideToggleRow.h"
@@ -16,13 +17,14 @@ namespace vostel {
 namespace {
 
 void askToRevert(OverridableAppearance& settings, QWidget* parent) {
-    auto* question = new QMessageBox(parent);
+    QMessageBox* question = PlainText::messageBox(
+        QStringLiteral(
+            "Revert this item's appearance to the global settings? This can't be undone."),
+        {}, parent);
     question->setAttribute(Qt::WA_DeleteOnClose);
     question->setPalette(SettingsLook::palette());
     question->setIcon(QMessageBox::Question);
     question->setWindowTitle(QStringLiteral("Revert to Global Settings"));
-    question->setText(QStringLiteral(
-        "Revert this item's appearance to the global settings? This can't be undone."));
     QAbstractButton* revert =
         question->addButton(QStringLiteral("Revert"), QMessageBox::DestructiveRole);
     question->setDefaultButton(question->addButton(QMessageBox::Cancel));

@@ -5,6 +5,7 @@
 #include <QLabel>
 
 #include "core/ColorText.h"
+#include "statusbar/PlainText.h"
 #include "ui/settings/ColorSwatch.h"
 #include "ui/settings/SettingsLook.h"
 #include "ui/settings/TextField.h"
@@ -24,7 +25,7 @@ HexColorField::HexColorField(const QString& fieldName, QWidget* parent)
       name(fieldName),
       swatch(new ColorSwatch(tr("Choose %1").arg(fieldName))),
       field(new TextField(tr("%1, hexadecimal").arg(fieldName))),
-      offLabel(new QLabel) {
+      offLabel(PlainText::label()) {
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(8);
@@ -33,7 +34,6 @@ HexColorField::HexColorField(const QString& fieldName, QWidget* parent)
     row->addWidget(offLabel, 1);
     setFixedWidth(SettingsLook::valueWidth);
     offLabel->setForegroundRole(QPalette::PlaceholderText);
-    offLabel->setTextFormat(Qt::PlainText);
     offLabel->setContentsMargins(7, 0, 0, 0);  // where a field's text stands
     offLabel->hide();
     connect(field, &QLineEdit::textEdited, this, &HexColorField::typed);

@@ -1,5 +1,6 @@
 #include "ui/settings/OverrideRow.h"
 
+#include "statusbar/PlainText.h"
 #include "ui/settings/ToggleSwitch.h"
 
 namespace vostel {
@@ -14,7 +15,7 @@ OverrideRow::OverrideRow(const QString& title, QWidget* parent) : SettingsRow(ti
 
 void OverrideRow::addSwitch() {
     toggle = new ToggleSwitch(tr("Override %1").arg(title()));
-    toggle->setToolTip(tr("Override the global value"));
+    PlainText::setToolTip(*toggle, tr("Override the global value"));
     addControl(toggle);
     connect(toggle, &QAbstractButton::clicked, this, [this](bool on) {
         setOverridden(on);

@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "statusbar/PlainText.h"
 #include "ui/NoteLine.h"
 #include "ui/SectionTitle.h"
 #include "ui/Theme.h"
@@ -46,8 +47,7 @@ SettingsPanel::SettingsPanel(const QString& title, QWidget* parent)
     setWidgetResizable(true);
     column = new QVBoxLayout;
     column->setSpacing(6);
-    auto* heading = new QLabel(title);
-    heading->setTextFormat(Qt::PlainText);
+    QLabel* heading = PlainText::label(title);
     heading->setFont(styled(font(), TextStyle::Value));
     column->addWidget(heading);
     auto* inner = new QWidget;

@@ -4,17 +4,16 @@
 #include <QLabel>
 #include <QPainter>
 
+#include "statusbar/PlainText.h"
 #include "ui/Theme.h"
 #include "ui/settings/SettingsLook.h"
 
 namespace vostel {
 
 SettingsRow::SettingsRow(const QString& title, QWidget* parent)
-    : QWidget(parent), titleLabel(new QLabel), hintLabel(new QLabel) {
+    : QWidget(parent), titleLabel(PlainText::label()), hintLabel(PlainText::label()) {
     setMinimumHeight(SettingsLook::rowHeight);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    titleLabel->setTextFormat(Qt::PlainText);
-    hintLabel->setTextFormat(Qt::PlainText);
     hintLabel->setForegroundRole(QPalette::PlaceholderText);
     hintLabel->setFont(styled(font(), TextStyle::Small));
     hintLabel->setWordWrap(true);
@@ -34,7 +33,7 @@ SettingsRow::SettingsRow(const QString& title, QWidget* parent)
 
 void SettingsRow::setTitle(const QString& text) {
     name = text;
-    titleLabel->setText(text);
+    titleLabel->setText(PlainText::shown(text).replace(u'\n', u' '));
 }
 
 void SettingsRow::setHint(const QString& text) {

@@ -2,6 +2,7 @@
 
 #include <QSignalBlocker>
 
+#include "statusbar/PlainText.h"
 #include "ui/settings/SettingsLook.h"
 #include "ui/settings/ThinSlider.h"
 
@@ -37,7 +38,7 @@ void SliderRow::refresh() {
     const QString text = QString::number(stored, 'g', 4);
     const QSignalBlocker quiet(slider);
     slider->setValue(slider->positionOf(stored));
-    slider->setToolTip(text);
+    PlainText::setToolTip(*slider, text);
     setTitle(prefix + text);
 }
 

@@ -1,5 +1,6 @@
 #include "ui/settings/TextField.h"
 
+#include "statusbar/PlainText.h"
 #include "ui/Theme.h"
 #include "ui/settings/SettingsLook.h"
 
@@ -25,7 +26,7 @@ TextField::TextField(const QString& name, QWidget* parent) : QLineEdit(parent) {
 
 void TextField::setComplaint(const QString& complaint) {
     marked = !complaint.isEmpty();
-    setToolTip(complaint);
+    PlainText::setToolTip(*this, complaint);
     setAccessibleDescription(complaint);
     update();
 }

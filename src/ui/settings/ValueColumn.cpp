@@ -3,13 +3,13 @@
 #include <QHBoxLayout>
 #include <QLabel>
 
+#include "statusbar/PlainText.h"
 #include "ui/settings/SettingsLook.h"
 
 namespace vostel {
 
 ValueColumn::ValueColumn(QWidget* shownEditor, QWidget* parent)
-    : QWidget(parent), editor(shownEditor), label(new QLabel) {
-    label->setTextFormat(Qt::PlainText);
+    : QWidget(parent), editor(shownEditor), label(PlainText::label()) {
     label->setForegroundRole(QPalette::PlaceholderText);
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(3, 0, 0, 0);
