@@ -64,7 +64,7 @@ constexpr Row rows[] = {
      }},
     {"gpu", "GPU Bar", true, 3,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
-         return std::make_unique<GPUModule>(context, s.gpu, s.processes);
+         return std::make_unique<GPUModule>(context, s.gpu, s.processes, s.graphics);
      },
      "gpu",
      [](AppServices& s) -> SettingsPanel* { return new GPUSettingsPanel(s.gpu, s.notifications); }},

@@ -37,19 +37,20 @@ QList<ProcStat> topApps(const std::map<int, double>& rates,
 
 }  // namespace
 
-GPUModule::GPUModule(AppContext& appContext, GPUSettings& gpuSettings, ProcessSampler& processes)
+GPUModule::GPUModule(AppContext& appContext, GPUSettings& gpuSettings, ProcessSampler& processes,
+                     GPUSampler& sampler)
     : ItemModule(appContext,
                  {QStringLiteral("gpu"), QStringLiteral("GPU"), QStringLiteral("GPU usage")},
                  gpuSettings),
       settings(gpuSettings),
-      sampler(appContext.platform.gpu),
+      reader(sampler),
       names(processes, [this](QList<ProcStat> list) { model.topApps = std::move(list); }) {}
 
 void GPUModule::tick() {
     // After a change of the interval the gap was still waited for under the old one.
     longerInterval = std::max(effInterval(), std::exchange(lastInterval, effInterval()));
     const auto reading =
-        sampler.tick({context.platform.clock->seconds(), longerInterval, isLookedAt});
+        reader.tick({context.platform.clock->seconds(), longerInterval, isLookedAt});
     const auto sample = reading ? measure(*reading) : std::nullopt;
     lastStats = sample ? sample->stats : lastStats;
     appendCapped(history, lastStats.utilization, historyCap);
@@ -119,6 +120,7 @@ void GPUModule::detailPopoverDidClose() {
 
 void GPUModule::willStop() {
     detailPopoverDidClose();
+    reader.stop();
     drawn.reset();
 }
 

@@ -23,7 +23,8 @@ class GPUModule : public ItemModule {
     static constexpr int historyCap = 60;
     static constexpr int appLimit = 8;
 
-    GPUModule(AppContext& context, GPUSettings& settings, ProcessSampler& processes);
+    GPUModule(AppContext& context, GPUSettings& settings, ProcessSampler& processes,
+              GPUSampler& sampler);
 
     void tick() override;
     std::optional<StatusImage> menubarImage(const ImageContext& context) override;
@@ -43,7 +44,7 @@ class GPUModule : public ItemModule {
     void showTopApps(const GPUReading& reading, const GPUSample& sample);
 
     GPUSettings& settings;
-    GPUSampler sampler;
+    GPUSampler::Reader reader;
     GPUReport report;
     GPUViewModel model;
     std::vector<double> history;

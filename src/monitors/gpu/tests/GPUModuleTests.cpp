@@ -34,13 +34,18 @@ GPUAccelerator card(const std::string& name, std::optional<double> percent, doub
 
 class FakeGPU : public GPUSource {
   public:
-    bool isSlow(const GPURequest&) override { return slow; }
+    bool isSlow(const GPURequest&) override {
+        overlaps += inside ? 1 : 0;
+        return slow;
+    }
     GPUReading read(const GPURequest& request) override {
+        overlaps += inside.exchange(true) ? 1 : 0;
         while (slow && hangs) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         detailed = request.detailed;
         interval = request.interval;
+        inside = false;
         return {.at = request.now, .detailed = request.detailed, .accelerators = cards};
     }
     // As processes use it: milliseconds of GPU time since the beginning.
@@ -56,6 +61,8 @@ class FakeGPU : public GPUSource {
     std::vector<GPUAccelerator> cards{card("Radeon", 25)};
     std::atomic<bool> slow = false;
     std::atomic<bool> hangs = true;
+    std::atomic<bool> inside = false;
+    std::atomic<int> overlaps = 0;
     bool detailed = false;
     double interval = 0;
 };
@@ -92,7 +99,8 @@ class GPUModuleTest : public testing::Test {
         sampler = std::make_unique<ProcessSampler>(background, *list, *clock, icons);
         context.emplace(AppContext{platform, background, *scheduler, store, center, global, bar,
                                    nullptr, [](const QString&) {}, [] {}});
-        module = std::make_unique<GPUModule>(*context, settings, *sampler);
+        graphics.emplace(platform.gpu);
+        module = std::make_unique<GPUModule>(*context, settings, *sampler, *graphics);
         module->onImageChanged = [this] { ++images; };
         module->startEmbedded();
     }
@@ -143,6 +151,7 @@ class GPUModuleTest : public testing::Test {
     OffscreenBar bar{order};
     std::unique_ptr<ProcessSampler> sampler;
     std::optional<AppContext> context;
+    std::optional<GPUSampler> graphics;
     std::unique_ptr<GPUModule> module;
     int images = 0;
 };
@@ -291,6 +300,42 @@ TEST_F(GPUModuleTest, ASourceThatHangsHoldsNothingUp) {
     const auto history = module->viewModel().history.value();
     EXPECT_EQ(history.size(), static_cast<std::size_t>(GPUModule::historyCap));
     EXPECT_DOUBLE_EQ(history.back(), 0.25);
+}
+
+// The item and the GPU part of the combined item, in one process with one driver.
+TEST_F(GPUModuleTest, TwoItemsOnOneSource) {
+    GPUModule part(*context, settings, *sampler, *graphics);
+    gpu->slow = true;
+    gpu->hangs = false;
+    part.startEmbedded();
+    for (int round = 0; round < 200; ++round) {
+        after(0.25);
+        part.tick();
+        if (round % 40 == 20) {
+            part.stopEmbedded();
+            part.startEmbedded();
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(round % 5 * 200));
+    }
+    EXPECT_EQ(gpu->overlaps, 0);
+    EXPECT_EQ(part.valueText(), QStringLiteral("GPU 25 %"));
+    EXPECT_EQ(module->valueText(), part.valueText());
+
+    // Off while the driver hangs: at once, however often; on again: not a second time into it.
+    gpu->hangs = true;
+    after(0.25);
+    after(0.25);
+    qint64 quickest = 1000;  // ms
+    for (int round = 0; round < 5; ++round) {
+        part.startEmbedded();
+        part.tick();
+        QElapsedTimer timer;
+        timer.start();
+        part.stopEmbedded();
+        quickest = std::min(quickest, timer.elapsed());
+    }
+    EXPECT_LT(quickest, 100) << "the main thread waits for the driver";
+    EXPECT_EQ(gpu->overlaps, 0);
 }
 
 TEST_F(GPUModuleTest, PopoverFollowsTheMachine) {
