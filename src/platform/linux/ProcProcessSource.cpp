@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "platform/linux/ProcFile.h"
+
 namespace vostel {
 
 namespace {
@@ -190,6 +192,7 @@ bool ProcProcessSource::openRoot() {
 
 bool ProcProcessSource::read(std::vector<ProcessRecord>& records) {
     if (!openRoot()) {
+        health.failed(cannotRead(proc));
         records.clear();
         return false;
     }
@@ -219,6 +222,11 @@ bool ProcProcessSource::read(std::vector<ProcessRecord>& records) {
     if (!sorted) {
         std::sort(records.begin(), records.end(),
                   [](const ProcessRecord& a, const ProcessRecord& b) { return a.pid < b.pid; });
+    }
+    if (count > 0) {
+        health.succeeded();
+    } else {
+        health.failed(proc + " shows no processes");
     }
     return count > 0;
 }
