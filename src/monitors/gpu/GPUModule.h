@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <tuple>
 #include <utility>
 
 #include "item/ItemModule.h"
@@ -38,7 +39,13 @@ class GPUModule : public ItemModule {
   private:
     std::unique_ptr<Popover> makePopover() override;
     void willStop() override;
+    bool isMeasured() const override { return measured; }
+    bool wantsReadingSoon() const override {
+        return !measured || (isLookedAt && !model.ratesKnown.value());
+    }
 
+    bool hasFigure() const;
+    std::string problem() const;
     std::optional<GPUSample> measure(const GPUReading& reading);
     void showCards(const GPUReading& reading, const std::optional<GPUSample>& sample);
     void showTopApps(const GPUReading& reading, const GPUSample& sample);
@@ -54,7 +61,8 @@ class GPUModule : public ItemModule {
     bool isLookedAt = false;
     double lastInterval = 0;    // seconds; of the latest tick
     double longerInterval = 0;  // of the two latest ticks: by it a gap is told
-    std::optional<std::pair<double, GPUState>> drawn;  // what the image shows
+    bool measured = false;
+    std::optional<std::tuple<double, GPUState, bool>> drawn;  // what the image shows
 };
 
 }  // namespace vostel

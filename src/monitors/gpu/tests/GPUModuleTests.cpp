@@ -281,6 +281,27 @@ TEST_F(GPUModuleTest, ResidencyReplacesTheUtilization) {
     EXPECT_DOUBLE_EQ(module->viewModel().stats.value().renderer, 0.2);
 }
 
+// The second reading comes by itself, however long the interval is.
+TEST_F(GPUModuleTest, TheFirstFigureIsMeasured) {
+    settings.intervalOverride = 60.0;
+    gpu->cards[0].measured = false;
+    GPUModule item(*context, settings, *sampler, *graphics);
+    clock->now += 1;
+    item.start();
+    EXPECT_EQ(item.valueText(), QStringLiteral("GPU —"));
+    EXPECT_TRUE(item.statusValues()[QStringLiteral("utilization")].isNull());
+    EXPECT_FALSE(item.isReady());
+    gpu->cards = {card("Radeon", 60)};
+    clock->now += 0.25;
+    QElapsedTimer timer;
+    timer.start();
+    while (bar.text().isEmpty() && timer.elapsed() < 10'000) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    EXPECT_EQ(bar.text(), QStringLiteral("GPU 60 %"));
+    item.stop();
+}
+
 TEST_F(GPUModuleTest, AnImageForAChangeOnly) {
     const int before = images;
     after(1);
@@ -353,7 +374,10 @@ TEST_F(GPUModuleTest, PopoverFollowsTheMachine) {
     };
     EXPECT_EQ(texts(),
               "GPU 63%Radeon|GPU utilisation, history|Renderer 20%|Tiler 10%|"
-              "In use 1.5\u2009KB|TOP APPS|No GPU activity");
+              "In use 1.5\u2009KB|TOP APPS|Sampling…")
+        << "nobody can know yet";
+    after(1);
+    EXPECT_NE(texts().find("TOP APPS|No GPU activity"), std::string::npos) << texts();
     GPUAccelerator sleeper = card("Arc", 0, 0);
     sleeper.asleep = true;
     gpu->cards.push_back(sleeper);
@@ -363,6 +387,16 @@ TEST_F(GPUModuleTest, PopoverFollowsTheMachine) {
     gpu->cards.clear();
     after(1);
     EXPECT_EQ(texts(), "GPU |No GPU found");
+    gpu->health.failed("cannot read /sys/class/drm: Permission denied");
+    after(1);
+    EXPECT_EQ(texts(), "GPU |Cannot read /sys/class/drm: Permission denied.");
+    EXPECT_EQ(module->valueText(),
+              QStringLiteral("GPU — (cannot read /sys/class/drm: Permission denied)"));
+    gpu->cards = {card("Mute", {})};
+    gpu->health.succeeded();
+    after(1);
+    EXPECT_EQ(texts().find("GPU —Mute"), 0u) << texts();
+    EXPECT_EQ(texts().find('%'), std::string::npos) << texts();
 }
 
 }  // namespace
