@@ -73,6 +73,9 @@ void ItemModule::readSoon() {
 }
 
 void ItemModule::readAgain() {
+    if (presented && !wantsReadingSoon()) {
+        return;  // a tick came before
+    }
     --readingsLeft;
     waited = waited || mostReadings - readingsLeft >= longestWait;
     tick();
