@@ -12,6 +12,7 @@
 #include "core/NotificationCenter.h"
 #include "core/TickScheduler.h"
 #include "monitors/cpu/CPUSettings.h"
+#include "monitors/gpu/GPUSampler.h"
 #include "monitors/gpu/GPUSettings.h"
 #include "monitors/memory/MemoryModule.h"
 #include "monitors/network/NetworkSettings.h"
@@ -35,6 +36,7 @@ class AppServices {
     // Below what its work uses, so that it is taken down (and its work waited for) first.
     Background background;
     ProcessSampler processes;
+    GPUSampler graphics;
     DefaultsStore defaults;
     const bool isFirstRun;
     NotificationCenter notifications;

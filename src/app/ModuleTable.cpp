@@ -70,7 +70,7 @@ constexpr Row rows[] = {
      }},
     {"gpu", "GPU Bar", true, 3,
      [](AppServices& s, AppContext& context) -> std::unique_ptr<MenubarModule> {
-         return std::make_unique<GPUModule>(context, s.gpu, s.processes);
+         return std::make_unique<GPUModule>(context, s.gpu, s.processes, s.graphics);
      },
      "gpu",
      [](AppServices& s, AppContext& context) -> SettingsPanel* {

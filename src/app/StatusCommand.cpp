@@ -1,8 +1,10 @@
 #include "app/StatusCommand.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTimer>
@@ -15,14 +17,23 @@ namespace vostel {
 
 namespace {
 
-constexpr int readingMilliseconds = 1000;
+// Longer than a source takes that does not answer.
+constexpr int longestMilliseconds = 4000;
+constexpr int lookMilliseconds = 20;
 constexpr double noTicks = 1e6;  // makes every interval longer than the command lives
+
+bool isReady(const AppDelegate& delegate) {
+    const auto& rows = delegate.moduleManager->rows();
+    return std::ranges::all_of(rows, [&](const Registration& row) {
+        const auto* item = dynamic_cast<ShownItem*>(delegate.moduleManager->running(row.id));
+        return item == nullptr || item->isReady();
+    });
+}
 
 void print(const AppDelegate& delegate, bool json) {
     QJsonObject object;
     for (const Registration& row : delegate.moduleManager->rows()) {
         if (auto* item = dynamic_cast<ShownItem*>(delegate.moduleManager->running(row.id))) {
-            item->tick();
             if (json) {
                 object.insert(row.id, QJsonObject::fromVariantMap(item->statusValues()));
             } else {
@@ -42,16 +53,27 @@ int runStatus(const CommandLine& commandLine, int& argc, char** argv) {
     QApplication application(argc, argv);
     AppServices services(makeLinuxPlatform(SystemRoots::ofThisMachine()), settingsFilePath(),
                          DefaultsStore::Access::ReadOnly);
+    return printStatus(services, commandLine.json);
+}
+
+int printStatus(AppServices& services, bool json) {
     ItemOrder order(services.defaults, {});
     OffscreenBar bar(order, {});
     AppDelegate delegate(services, bar);
-    // Both readings are taken here: one when the items start, one at the end.
+    // The items take the readings that they need when they start, and no others.
     services.scheduler.setIntervalFactor(noTicks);
     delegate.moduleManager->loadEnabledModules();
-    QTimer::singleShot(readingMilliseconds, &application, [&] {
-        print(delegate, commandLine.json);
-        QCoreApplication::quit();
+    QElapsedTimer elapsed;
+    elapsed.start();
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, &look, [&] {
+        if (isReady(delegate) || elapsed.elapsed() > longestMilliseconds) {
+            look.stop();
+            print(delegate, json);
+            QCoreApplication::quit();
+        }
     });
+    look.start(lookMilliseconds);
     return QApplication::exec();
 }
 

@@ -9,14 +9,13 @@
 #include "app/SnapshotCommand.h"
 #include "app/StatusCommand.h"
 #include "app/TransferCommand.h"
-#include "core/Log.h"
 
 namespace {
 
 // The toolkit complains about a missing $XDG_RUNTIME_DIR, which this program does without.
 void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
     if (!text.startsWith(QStringLiteral("QStandardPaths: XDG_RUNTIME_DIR"))) {
-        vostel::logLine(text);
+        std::fprintf(stderr, "[Vostel] %s\n", qUtf8Printable(text));
     }
     if (type == QtFatalMsg) {
         std::abort();

@@ -35,6 +35,7 @@ CombinedModule::~CombinedModule() {
 }
 
 void CombinedModule::start() {
+    presented = false;
     makeStatusItem();
     subscriptions.push_back(context.notifications.subscribe(CombinedSettings::changeNotification,
                                                             [this] { changes.request(); }));
@@ -137,7 +138,11 @@ void CombinedModule::render() {
         }
         images.push_back(std::move(drawn.image));
     }
-    showImages(std::move(images));
+    // At first it waits for all; later a new segment has its place at once.
+    presented = presented || isReady();
+    if (presented) {
+        showImages(std::move(images));
+    }
     Q_EMIT rendered();
 }
 
@@ -192,6 +197,13 @@ QString CombinedModule::valueText() const {
     }
     return texts.isEmpty() ? QStringLiteral("Combined: nothing enabled")
                            : texts.join(QStringLiteral(", "));
+}
+
+bool CombinedModule::isReady() const {
+    return std::ranges::all_of(segments, [](const Segment& segment) {
+        const ShownItem* shown = shownOf(*segment.module);
+        return shown == nullptr || shown->isReady();
+    });
 }
 
 QVariantMap CombinedModule::statusValues() const {

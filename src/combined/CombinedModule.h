@@ -34,6 +34,7 @@ class CombinedModule : public ShownItem, public MenubarModule {
 
     std::optional<StatusImage> menubarImage(const ImageContext& context) override;
     QString valueText() const override;
+    bool isReady() const override;  // all segments are
     // "segments": for each its "id" and its own values.
     QVariantMap statusValues() const override;
     void tick() override;
@@ -80,6 +81,7 @@ class CombinedModule : public ShownItem, public MenubarModule {
     double imageWidth = 0;                  // points, of the image that the bar shows
     std::vector<ImageContext> barContexts;  // what the bar wants: these images are kept
     std::map<QString, std::vector<CachedImage>> imageCache;
+    bool presented = false;   // since it started
     std::set<QString> dirty;  // their images must be fetched again
     QPointer<Popover> lastPopover;
     std::vector<NotificationCenter::Subscription> subscriptions;

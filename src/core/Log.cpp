@@ -1,11 +1,11 @@
 #include "core/Log.h"
 
-#include <cstdio>
+#include "platform/LogRing.h"
 
 namespace vostel {
 
 void logLine(const QString& text) {
-    std::fprintf(stderr, "[Vostel] %s\n", text.toUtf8().constData());
+    writeLogLine(text.toStdString());
 }
 
 }  // namespace vostel

@@ -14,6 +14,11 @@ using namespace std::chrono_literals;
 // memory is free.
 constexpr auto popoverKept = 10s;
 constexpr double timerTolerance = 0.15;  // of the interval
+// The second reading follows the first this soon, and so on; a source that takes longer than all
+// of them is shown without a value.
+constexpr auto secondReading = 250ms;
+constexpr int mostReadings = 14;
+constexpr int longestWait = 8;  // of them
 
 }  // namespace
 
@@ -22,6 +27,10 @@ ItemModule::ItemModule(AppContext& appContext, ItemIdentity identity,
     : ShownItem(appContext, std::move(identity)), settings(moduleSettings) {
     popoverRelease.setSingleShot(true);
     popoverRelease.setInterval(popoverKept);
+    soon.setSingleShot(true);
+    soon.setTimerType(Qt::PreciseTimer);
+    soon.setInterval(secondReading);
+    connect(&soon, &QTimer::timeout, this, &ItemModule::readAgain);
     connect(&popoverRelease, &QTimer::timeout, this, [this] {
         popover.reset();
         giveBackMemory(context.background);
@@ -50,7 +59,32 @@ void ItemModule::begin() {
     }
     startTimer();
     didStart();
-    tick();  // an item with a long interval must not stand empty until its first tick
+    // An item with a long interval must not stand empty until its first tick.
+    waited = presented = false;
+    beginning = true;
+    tick();
+    beginning = false;
+    readSoon();
+}
+
+void ItemModule::readSoon() {
+    readingsLeft = mostReadings;
+    soon.start();
+}
+
+void ItemModule::readAgain() {
+    if (presented && !wantsReadingSoon()) {
+        return;  // a tick came before
+    }
+    --readingsLeft;
+    waited = waited || mostReadings - readingsLeft >= longestWait;
+    tick();
+    if (!presented && isReady()) {
+        render();
+    }
+    if (wantsReadingSoon() && readingsLeft > 0) {
+        soon.start();
+    }
 }
 
 void ItemModule::stop() {
@@ -62,6 +96,7 @@ void ItemModule::stop() {
     timer.reset();
     subscriptions.clear();
     popoverRelease.stop();
+    soon.stop();
     popover.reset();
     removeStatusItem();
 }
@@ -83,6 +118,10 @@ void ItemModule::settingsChanged() {
 }
 
 void ItemModule::render() {
+    if (status() != nullptr && (beginning || !isReady())) {
+        return;
+    }
+    presented = isReady();
     if (status() != nullptr) {
         std::vector<StatusImage> images;
         for (const ImageContext& wanted : status()->wantedImages()) {

@@ -30,6 +30,7 @@ class ItemModule : public ShownItem, public EmbeddableModule {
     Popover* detailPopover() final;
     void detailPopoverWillShow() override { tick(); }
     void detailPopoverDidClose() override {}
+    bool isReady() const final { return isMeasured() || waited; }
 
     // Both bases ask for it.
     std::optional<StatusImage> menubarImage(const ImageContext& context) override = 0;
@@ -42,6 +43,15 @@ class ItemModule : public ShownItem, public EmbeddableModule {
     // The popover, bound to the view model. Made when it is first opened and again after it was
     // given back.
     virtual std::unique_ptr<Popover> makePopover() = 0;
+    // Whether what the item shows has been measured, or is known not to be there. What is a
+    // difference between two readings is not by the first. Until then nothing is put into the bar,
+    // for two seconds at most.
+    virtual bool isMeasured() const { return true; }
+    // Whether another reading shortly after the last one is worth it.
+    virtual bool wantsReadingSoon() const { return !isMeasured(); }
+    // Takes another reading in a quarter of a second, and further ones while wantsReadingSoon().
+    void readSoon();
+
     // What a module has beside its main timer: called after the timer began, before it ends.
     virtual void didStart() {}
     virtual void willStop() {}
@@ -53,6 +63,7 @@ class ItemModule : public ShownItem, public EmbeddableModule {
 
   private:
     void begin();
+    void readAgain();
     void startTimer();
     void settingsChanged();
     void clicked(const StatusItemClick& click) final;
@@ -64,6 +75,11 @@ class ItemModule : public ShownItem, public EmbeddableModule {
     std::unique_ptr<TickScheduler::Tick> timer;
     std::unique_ptr<Popover> popover;
     QTimer popoverRelease;
+    QTimer soon;  // the next of readSoon()
+    int readingsLeft = 0;
+    bool beginning = false;  // in the first reading, whose image nobody gets
+    bool waited = false;     // long enough
+    bool presented = false;  // its image has been given out since
     std::vector<NotificationCenter::Subscription> subscriptions;
     bool embedded = false;
     bool running = false;

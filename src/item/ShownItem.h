@@ -37,6 +37,8 @@ class ShownItem : public QObject {
     virtual QString valueText() const = 0;
     // The current values for `vostel status --json`; fractions 0 ... 1, bytes, bytes per second.
     virtual QVariantMap statusValues() const = 0;
+    // Whether there is something to show; false for a moment after the start.
+    virtual bool isReady() const { return true; }
     // Takes a new reading now.
     virtual void tick() = 0;
 

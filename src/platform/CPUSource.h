@@ -3,12 +3,16 @@
 #include <cstdint>
 #include <vector>
 
+#include "platform/SourceHealth.h"
+
 namespace vostel {
 
 // Cumulative processor time since boot.
 class CPUSource {
   public:
     virtual ~CPUSource() = default;
+
+    SourceHealth health;  // of the readings
 
     // Four counters per online processor, in the order user, system, idle, nice, in clock ticks.
     // Processors come in kernel order, but with efficiency processors first where the machine

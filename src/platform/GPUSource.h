@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/SourceHealth.h"
+
 namespace vostel {
 
 // The figures of one graphics accelerator. A figure that the card does not offer is absent; what is
@@ -39,6 +41,8 @@ struct GPUAccelerator {
     std::string name;     // for a person
     bool asleep = false;  // powered down; nothing but that was asked, the figures are all 0
     bool stale = false;   // did not answer in time; there are no statistics
+    // False: the load is that between two readings, of which this is the first; it reads 0.
+    bool measured = true;
     std::optional<GPUStatistics> statistics;
     std::vector<GPUClient> clients;
     std::vector<GPUResidencyChannel> residency;  // empty when the card has none
@@ -60,6 +64,8 @@ struct GPUReading {
 class GPUSource {
   public:
     virtual ~GPUSource() = default;
+
+    SourceHealth health;  // of the readings
 
     // Whether read() with this request may take longer than a fraction of a millisecond, so that it
     // belongs on a worker. Always quick itself.

@@ -2,6 +2,8 @@
 
 #include <optional>
 
+#include "platform/SourceHealth.h"
+
 namespace vostel {
 
 // Physical memory in use, in bytes, in three parts that do not overlap.
@@ -14,6 +16,8 @@ struct MemoryCounters {
 class MemorySource {
   public:
     virtual ~MemorySource() = default;
+
+    SourceHealth health;  // of the readings
 
     // Nothing when it cannot be read.
     virtual std::optional<MemoryCounters> counters() = 0;

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/SourceHealth.h"
+
 namespace vostel {
 
 // One network interface of this network namespace at one moment.
@@ -33,6 +35,8 @@ struct InterfaceAddress {
 class NetworkSource {
   public:
     virtual ~NetworkSource() = default;
+
+    SourceHealth health;  // of the readings
 
     // In kernel order. Empty when they cannot be read; the next call tries again.
     virtual std::vector<InterfaceCounters> interfaces() = 0;

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/SourceHealth.h"
+
 namespace vostel {
 
 // What one look at the process list tells of one process.
@@ -29,6 +31,8 @@ struct ProcessDetails {
 class ProcessSource {
   public:
     virtual ~ProcessSource() = default;
+
+    SourceHealth health;  // of the readings
 
     // Replaces `records` with all visible processes, by ascending pid. The vector and the names in
     // it keep their memory from call to call. False when there is no list to read.

@@ -20,12 +20,20 @@ StatusImage BarImage::make(const ImageContext& context) const {
     return MenuBarImage::makeLabeled(
         barWidth, label, labelSize, appearance, context,
         [this](QPainter& painter, const QRectF& rect, const ImageColors& colors) {
-            MeterGraph::drawSingleBar(painter, rect, fraction, colors.foreground, colors.track);
+            if (known) {
+                MeterGraph::drawSingleBar(painter, rect, fraction, colors.foreground, colors.track);
+            } else {
+                MeterGraph::drawNoValue(painter, rect, colors.foreground, colors.track);
+            }
         });
 }
 
 StatusImage BarImage::makeSquare(const ImageContext& context) const {
     const QString& title = label.isEmpty() ? shortName : label;
+    if (!known && instead.isEmpty()) {
+        return MenuBarImage::makeSquare(title, QStringLiteral("—"), std::nullopt, appearance,
+                                        context);
+    }
     if (!instead.isEmpty()) {
         return MenuBarImage::makeSquare(title, instead, std::nullopt, appearance, context);
     }

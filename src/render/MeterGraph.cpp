@@ -126,6 +126,16 @@ void MeterGraph::drawSingleBar(QPainter& painter, const QRectF& rect, double val
     BarPainter(painter).draw({&bar, 1}, {&value, 1}, color, trackColor);
 }
 
+void MeterGraph::drawNoValue(QPainter& painter, const QRectF& rect, const QColor& color,
+                             const QColor& trackColor) {
+    drawSingleBar(painter, rect, 0, color, trackColor);
+    const double width = std::min(4.0, rect.width() / 2);
+    constexpr double height = 1;
+    painter.fillRect(snapped(painter, QRectF(rect.center().x() - width / 2,
+                                             rect.center().y() - height / 2, width, height)),
+                     color);
+}
+
 void MeterGraph::drawBarRow(QPainter& painter, const QRectF& rect, std::span<const double> values,
                             double spacing, const QColor& color, const QColor& trackColor) {
     if (values.empty() || !(rect.width() > 0) || !(rect.height() > 0)) {

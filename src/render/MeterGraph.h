@@ -24,6 +24,10 @@ class MeterGraph {
     static void drawSingleBar(QPainter& painter, const QRectF& rect, double value,
                               const QColor& color, const QColor& trackColor);
 
+    // The same bar where there is no value: the track with a dash across its middle.
+    static void drawNoValue(QPainter& painter, const QRectF& rect, const QColor& color,
+                            const QColor& trackColor);
+
     // One bar per value from the left. A slot is width / n; a bar is as wide as its slot without
     // `spacing` (points, which sit at the right of each bar), at least 1 point. Slots narrower than
     // two device pixels have no gaps; values that share one device pixel are drawn as their mean.

@@ -99,7 +99,10 @@ std::optional<QRect> OffscreenBar::itemRect(const BarItem& item) {
 
 void OffscreenBar::wakeIn(QTimer& timer, const QElapsedTimer& last, int interval) {
     if (timer.isActive()) return;
-    const qint64 wait = last.isValid() ? interval - last.elapsed() : 0;
+    // Items come one by one at the start; the first picture and the first line are of all of them.
+    constexpr qint64 gathering = 150;  // ms
+    const qint64 wait =
+        last.isValid() ? interval - last.elapsed() : std::min<qint64>(interval, gathering);
     timer.start(static_cast<int>(std::max<qint64>(wait, 0)));
 }
 
@@ -133,6 +136,10 @@ void OffscreenBar::printLine() {
 }
 
 void OffscreenBar::writeImage() {
+    const auto isShown = [](const BarItem* item) { return item->pixelWidth() > 0; };
+    if (written.isNull() && !items().empty() && std::ranges::none_of(items(), isShown)) {
+        return;  // they are about to come
+    }
     lastImage.start();
     const QImage next = image();
     if (choices.imagePath.isEmpty() || next == written) return;

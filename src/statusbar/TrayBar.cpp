@@ -1,9 +1,8 @@
 #include "statusbar/TrayBar.h"
 
-#include <cstdio>
-
 #include <QDBusError>
 
+#include "platform/LogRing.h"
 #include "statusbar/SessionBus.h"
 #include "statusbar/TrayItem.h"
 
@@ -151,7 +150,7 @@ void TrayBar::takeHost(const TrayHost& found) {
         Q_EMIT watcherChanged();
     } else if (!found.watcher && !saidWaiting) {
         saidWaiting = true;
-        std::fputs("[Vostel] No tray is running: the items appear when one starts.\n", stderr);
+        writeLogLine("No tray is running: the items appear when one starts.");
     }
     if (!found.host) return;  // what was known stays until a host says otherwise
     if (found.needsMenu != menuNeeded) {

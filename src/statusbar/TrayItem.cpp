@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
-#include <cstdio>
 
 #include <QCursor>
 #include <QDBusMessage>
@@ -13,6 +12,7 @@
 #include <QDBusPendingReply>
 #include <QGuiApplication>
 
+#include "platform/LogRing.h"
 #include "statusbar/SessionBus.h"
 #include "statusbar/TrayBar.h"
 #include "statusbar/TrayHost.h"
@@ -93,8 +93,8 @@ std::vector<ImageContext> TrayItem::wantedImages() const {
 
 void TrayItem::takeConnection(const QDBusConnection& connection) {
     if (!connection.isConnected()) {
-        std::fprintf(stderr, "[Vostel] %s is not in the tray: %s\n", qUtf8Printable(id),
-                     qUtf8Printable(connection.lastError().message()));
+        writeLogLine(id.toStdString() +
+                     " is not in the tray: " + connection.lastError().message().toStdString());
         QDBusConnection::disconnectFromBus(connection.name());
         unreachable = true;
         if (bar) {
@@ -208,8 +208,8 @@ void TrayItem::takeRegisterReply(QDBusPendingCallWatcher& pending) {
         registerTimer.start(std::chrono::seconds(1 << (registerFailures - 1)));
         return;
     }
-    std::fprintf(stderr, "[Vostel] The tray does not take %s: %s\n", qUtf8Printable(id),
-                 qUtf8Printable(pending.error().message()));
+    writeLogLine("The tray does not take " + id.toStdString() + ": " +
+                 pending.error().message().toStdString());
 }
 
 void TrayItem::setImages(std::vector<StatusImage> given) {

@@ -2,6 +2,7 @@
 
 #include "app/BarSwitch.h"
 #include "app/LoginItem.h"
+#include "app/settings/SourcesRow.h"
 #include "app/settings/UpdateRows.h"
 #include "app/updates/InstallLocation.h"
 #include "statusbar/TrayBar.h"
@@ -146,6 +147,11 @@ void GeneralSettingsPanel::addSettingsFileSection(AppContext& context) {
 }
 
 void GeneralSettingsPanel::addAboutSection(AppContext& context) {
+    addSection(QStringLiteral("Diagnostics"));
+    addRow(new SourcesRow(context));
+    addNote(
+        QStringLiteral("Copies versions, desktop, sources and the log; no addresses and no names "
+                       "of processes."));
     addSection(QStringLiteral("About"));
     auto* about =
         new ButtonRow(QStringLiteral("Vostel"), QStringLiteral("Quit Vostel"), context.quit);

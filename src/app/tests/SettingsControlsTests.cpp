@@ -170,9 +170,10 @@ std::vector<Page> pages() {
 }
 
 // What a step cannot try: it leads out of the store, and has tests of its own.
-const QStringList elsewhere{QStringLiteral("Launch at Login"), QStringLiteral("Quit Vostel"),
-                            QStringLiteral("Export Settings…"), QStringLiteral("Import Settings…"),
-                            QStringLiteral("Revert to Global Settings")};
+const QStringList elsewhere{
+    QStringLiteral("Launch at Login"),           QStringLiteral("Quit Vostel"),
+    QStringLiteral("Export Settings…"),          QStringLiteral("Import Settings…"),
+    QStringLiteral("Revert to Global Settings"), QStringLiteral("Copy Diagnostics")};
 
 class SettingsControlsTest : public testing::Test {
   protected:

@@ -168,6 +168,7 @@ TEST_F(SettingsWindowTest, theSidebarChoosesWithArrowsAndSwitchesModules) {
 }
 
 TEST_F(SettingsWindowTest, aChangeShowsInTheBarAndInTheMiniature) {
+    ASSERT_TRUE(QTest::qWaitFor([this] { return bar.text().contains(QStringLiteral("CPU")); }));
     SettingsWindow* window = open("cpu");
     const QImage barBefore = bar.image();
     const QImage rowBefore = row(window, "cpu")->grab().toImage();

@@ -40,6 +40,9 @@ class PlainModule : public ItemModule {
     void detailPopoverDidClose() override { ++closes; }
     using ItemModule::isPopoverShown;
 
+    bool isMeasured() const override { return ticks >= needed; }
+
+    int needed = 0;  // ticks
     int ticks = 0;
     int images = 0;
     int closes = 0;
@@ -105,8 +108,12 @@ class ItemModuleTest : public testing::Test {
 
 TEST_F(ItemModuleTest, TicksAtTheEffectiveIntervalAndStops) {
     module.start();
-    EXPECT_EQ(module.ticks, 1);  // not empty until the first interval is over
+    EXPECT_EQ(module.ticks, 1);
+    EXPECT_EQ(bar.text(), QString()) << "all items come together, when all are measured";
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !bar.text().isEmpty(); }));
+    EXPECT_EQ(module.ticks, 2);  // not empty until the first interval is over
     EXPECT_GT(bar.image().width(), 30);
+    module.ticks = 1;
     runFor(10);
     EXPECT_NEAR(module.ticks, 11, 1);
     settings.intervalOverride = 0.25;
@@ -142,6 +149,24 @@ TEST_F(ItemModuleTest, ATickMayComeLateByThreeTwentiethsOfTheInterval) {
         }
         module.stop();
     }
+}
+
+TEST_F(ItemModuleTest, ReadsAgainUntilItHasMeasured) {
+    settings.intervalOverride = 60.0;
+    module.needed = 3;
+    module.start();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !bar.text().isEmpty(); }));
+    EXPECT_EQ(bar.text(), QStringLiteral("Plain 3"));
+    QTest::qWait(600);
+    EXPECT_EQ(module.ticks, 3) << "goes on at four times a second";
+    module.stop();
+    module.needed = 1000;  // a source that does not answer
+    module.start();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !bar.text().isEmpty(); }, 20'000));
+    module.stop();
+    const int before = module.ticks;
+    QTest::qWait(600);
+    EXPECT_EQ(module.ticks, before) << "goes on after the end";
 }
 
 TEST_F(ItemModuleTest, EmbeddedItReportsInsteadOfShowing) {

@@ -57,6 +57,7 @@ double perCoreWidth(int coreCount, bool split) {
 StatusImage makeCPUImage(const CPUImageInput& input, const ImageContext& context) {
     if (context.shape == ImageShape::Square) {
         const BarImage image{.fraction = input.load.overall,
+                             .known = input.known,
                              .label = input.label,
                              .shortName = QStringLiteral("CPU"),
                              .appearance = input.appearance};
@@ -81,6 +82,18 @@ StatusImage makeCPUImage(const CPUImageInput& input, const ImageContext& context
             const auto next = [&](double drawn) {
                 segment.moveLeft(segment.left() + drawn + segmentGap);
             };
+            if (!input.known) {
+                for (const double drawn :
+                     {input.showSingleBar ? singleWidth : 0, input.showPerCoreBars ? coresWidth : 0,
+                      input.showGraph ? graphWidth : 0}) {
+                    segment.setWidth(drawn);
+                    if (drawn > 0) {
+                        MeterGraph::drawNoValue(painter, segment, colors.foreground, colors.track);
+                        next(drawn);
+                    }
+                }
+                return;
+            }
             if (input.showSingleBar) {
                 MeterGraph::drawSingleBar(painter, segment, input.load.overall, colors.foreground,
                                           colors.track);

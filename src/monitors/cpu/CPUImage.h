@@ -24,6 +24,7 @@ struct CPUImageInput {
     int coreCount = 1;
     CoreLayout layout;
     CPULoad load;
+    bool known = true;            // false: there is no load; a dash stands for it
     std::vector<double> history;  // fractions, oldest first
 };
 

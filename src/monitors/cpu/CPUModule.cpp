@@ -1,9 +1,11 @@
 #include "monitors/cpu/CPUModule.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "core/GlobalSettings.h"
 #include "core/History.h"
+#include "core/SourceText.h"
 #include "monitors/cpu/CPUImage.h"
 #include "monitors/cpu/CPUPopover.h"
 #include "platform/Platform.h"
@@ -37,7 +39,14 @@ void CPUModule::tick() {
     if (!(now - lastSampleAt < shortestReading)) {
         lastLoad = monitor.sample();
         lastSampleAt = now;
+        error = context.platform.cpu->health.error();
+        if (error.empty() && lastLoad.perCore.empty()) {
+            error = "no processors can be read";
+        }
+        readings = error.empty() ? std::min(readings + 1, 2) : 0;
     }
+    model.measured = hasLoad();
+    model.problem = errorSentence(error);
     appendCapped(history, lastLoad.overall, historyCap);
     model.history = history;
     model.perCore = lastLoad.perCore;
@@ -66,12 +75,16 @@ std::optional<StatusImage> CPUModule::menubarImage(const ImageContext& imageCont
         .coreCount = context.platform.cpu->activeProcessorCount(),
         .layout = layout(),
         .load = lastLoad,
+        .known = hasLoad(),
         .history = history,
     };
     return makeCPUImage(input, imageContext);
 }
 
 QString CPUModule::valueText() const {
+    if (!hasLoad()) {
+        return noValueText(QStringLiteral("CPU"), error);
+    }
     return QStringLiteral("CPU %1 %").arg(std::lround(lastLoad.overall * 100));
 }
 
@@ -79,6 +92,11 @@ QVariantMap CPUModule::statusValues() const {
     QVariantList cores;
     for (const double load : lastLoad.perCore) {
         cores << load;
+    }
+    if (!hasLoad()) {
+        return {{QStringLiteral("overall"), QVariant()},
+                {QStringLiteral("perCore"), QVariant()},
+                {QStringLiteral("error"), QString::fromStdString(error)}};
     }
     return {{QStringLiteral("overall"), lastLoad.overall}, {QStringLiteral("perCore"), cores}};
 }

@@ -25,6 +25,9 @@ class CPUModule : public ItemModule {
 
   private:
     std::unique_ptr<Popover> makePopover() override;
+    bool isMeasured() const override { return readings > 1 || !error.empty(); }
+    // Whether there is a load to show.
+    bool hasLoad() const { return readings > 1 && error.empty(); }
     CoreLayout layout() const;
 
     CPUSettings& settings;
@@ -32,6 +35,8 @@ class CPUModule : public ItemModule {
     CPUViewModel model;
     std::vector<double> history;
     CPULoad lastLoad;
+    int readings = 0;              // in a row that succeeded; the first has nothing to compare with
+    std::string error;             // why the last one failed
     double lastSampleAt = -1e300;  // the distant past
     TopApps topApps;
 };

@@ -20,7 +20,11 @@ CPUPopover::CPUPopover(CPUViewModel& viewModel, const CPUSettings& ownSettings,
          std::initializer_list<Piece*>{coresTitle, cores, efficiencyTitle, efficiency}) {
         add(piece);
     }
-    follow(model.overall, [this] { header->setValue(percent(model.overall.value())); });
+    const auto showLoad = [this] {
+        header->setValue(percent(model.overall.value(), model.measured.value()));
+    };
+    follow(model.overall, showLoad);
+    follow(model.measured, showLoad);
     follow(model.perCore, [this] { showCores(); });
     addTopApps(
         SystemApp::MonitorTab::CPU, QStringLiteral("Sampling…"),

@@ -7,6 +7,7 @@
 
 #include "core/GlobalSettings.h"
 #include "core/History.h"
+#include "core/SourceText.h"
 #include "monitors/gpu/GPUMonitor.h"
 #include "monitors/gpu/GPUPopover.h"
 #include "monitors/process/PrintableText.h"
@@ -17,7 +18,8 @@ namespace vostel {
 
 namespace {
 
-constexpr std::size_t longestName = 64;  // characters
+constexpr std::size_t longestName = 64;    // characters
+constexpr double shortestInterval = 0.25;  // seconds
 
 QString printable(const std::string& text) {
     return QString::fromStdString(printableText(text, longestName));
@@ -37,34 +39,61 @@ QList<ProcStat> topApps(const std::map<int, double>& rates,
 
 }  // namespace
 
-GPUModule::GPUModule(AppContext& appContext, GPUSettings& gpuSettings, ProcessSampler& processes)
+GPUModule::GPUModule(AppContext& appContext, GPUSettings& gpuSettings, ProcessSampler& processes,
+                     GPUSampler& sampler)
     : ItemModule(appContext,
                  {QStringLiteral("gpu"), QStringLiteral("GPU"), QStringLiteral("GPU usage")},
                  gpuSettings),
       settings(gpuSettings),
-      sampler(appContext.platform.gpu),
+      reader(sampler),
       names(processes, [this](QList<ProcStat> list) { model.topApps = std::move(list); }) {}
 
 void GPUModule::tick() {
-    // After a change of the interval the gap was still waited for under the old one.
-    longerInterval = std::max(effInterval(), std::exchange(lastInterval, effInterval()));
+    // The sources judge a gap by the interval. After a change of it the gap was still waited for
+    // under the old one; and the second reading comes before that.
+    longerInterval =
+        std::max({effInterval(), std::exchange(lastInterval, effInterval()), shortestInterval});
     const auto reading =
-        sampler.tick({context.platform.clock->seconds(), longerInterval, isLookedAt});
+        reader.tick({context.platform.clock->seconds(), longerInterval, isLookedAt});
     const auto sample = reading ? measure(*reading) : std::nullopt;
     lastStats = sample ? sample->stats : lastStats;
     appendCapped(history, lastStats.utilization, historyCap);
+    if (reading) {
+        showCards(*reading, sample);
+        measured =
+            measured || std::ranges::all_of(reading->accelerators, &GPUAccelerator::measured);
+    }
+    model.measured = hasFigure();
+    model.problem = errorSentence(problem());
     model.history = history;
     model.stats = lastStats;
     if (reading) {
-        showCards(*reading, sample);
         showTopApps(*reading, sample.value_or(GPUSample()));
     }
     // An idle GPU does not cost an image four times a second.
-    const std::pair shown(lastStats.utilization, model.state.value());
+    const std::tuple shown(lastStats.utilization, model.state.value(), measured);
     if (drawn != shown) {
         drawn = shown;
         render();
     }
+}
+
+bool GPUModule::hasFigure() const {
+    const GPUState state = model.state.value();
+    return measured && (state == GPUState::awake || state == GPUState::asleep);
+}
+
+// Why there is no figure, when a source tells.
+std::string GPUModule::problem() const {
+    const GPUState state = model.state.value();
+    if (state == GPUState::unknown || state == GPUState::absent) {
+        for (const auto& source : context.platform.gpu) {
+            if (std::string error = source->health.error(); !error.empty()) {
+                return error;
+            }
+        }
+    }
+    return {};
 }
 
 std::optional<GPUSample> GPUModule::measure(const GPUReading& reading) {
@@ -96,35 +125,42 @@ void GPUModule::showCards(const GPUReading& reading, const std::optional<GPUSamp
 void GPUModule::showTopApps(const GPUReading& reading, const GPUSample& sample) {
     if (!reading.detailed || !isLookedAt) {
         appRates.reset();
+        model.ratesKnown = false;
         return;
     }
     // After a longer gap a rate would be that of a time nobody waited for.
     if (appRates.previousAt && reading.at - *appRates.previousAt > 3 * longerInterval) {
         appRates.reset();
     }
+    model.ratesKnown = appRates.previousAt && reading.at > *appRates.previousAt;
     names.show(topApps(appRates.rates(sample.apps, reading.at), sample.apps, appLimit));
 }
 
 void GPUModule::detailPopoverWillShow() {
     isLookedAt = true;
     tick();
+    readSoon();
 }
 
 void GPUModule::detailPopoverDidClose() {
     isLookedAt = false;
     appRates.reset();
     names.clear();
+    model.ratesKnown = false;
     model.topApps = QList<ProcStat>();
 }
 
 void GPUModule::willStop() {
     detailPopoverDidClose();
+    reader.stop();
     drawn.reset();
+    measured = false;
 }
 
 std::optional<StatusImage> GPUModule::menubarImage(const ImageContext& imageContext) {
     const GPUState state = model.state.value();
     const BarImage image{.fraction = lastStats.utilization,
+                         .known = hasFigure(),
                          .label = settings.label(),
                          .labelSize = context.global.labelSize(),
                          .shortName = QStringLiteral("GPU"),
@@ -137,6 +173,9 @@ std::optional<StatusImage> GPUModule::menubarImage(const ImageContext& imageCont
 }
 
 QString GPUModule::valueText() const {
+    if (const std::string error = problem(); !error.empty() || !measured) {
+        return noValueText(QStringLiteral("GPU"), error);
+    }
     switch (model.state.value()) {
         case GPUState::awake:
             break;
@@ -153,10 +192,11 @@ QString GPUModule::valueText() const {
 }
 
 QVariantMap GPUModule::statusValues() const {
-    return {{QStringLiteral("utilization"), lastStats.utilization},
-            {QStringLiteral("renderer"), lastStats.renderer},
-            {QStringLiteral("tiler"), lastStats.tiler},
-            {QStringLiteral("inUseBytes"), lastStats.inUseBytes},
+    const auto figure = [this](double value) { return hasFigure() ? value : QVariant(); };
+    return {{QStringLiteral("utilization"), figure(lastStats.utilization)},
+            {QStringLiteral("renderer"), figure(lastStats.renderer)},
+            {QStringLiteral("tiler"), figure(lastStats.tiler)},
+            {QStringLiteral("inUseBytes"), figure(lastStats.inUseBytes)},
             {QStringLiteral("state"), valueText()}};
 }
 

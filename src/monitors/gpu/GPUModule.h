@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <tuple>
 #include <utility>
 
 #include "item/ItemModule.h"
@@ -23,7 +24,8 @@ class GPUModule : public ItemModule {
     static constexpr int historyCap = 60;
     static constexpr int appLimit = 8;
 
-    GPUModule(AppContext& context, GPUSettings& settings, ProcessSampler& processes);
+    GPUModule(AppContext& context, GPUSettings& settings, ProcessSampler& processes,
+              GPUSampler& sampler);
 
     void tick() override;
     std::optional<StatusImage> menubarImage(const ImageContext& context) override;
@@ -37,13 +39,19 @@ class GPUModule : public ItemModule {
   private:
     std::unique_ptr<Popover> makePopover() override;
     void willStop() override;
+    bool isMeasured() const override { return measured; }
+    bool wantsReadingSoon() const override {
+        return !measured || (isLookedAt && !model.ratesKnown.value());
+    }
 
+    bool hasFigure() const;
+    std::string problem() const;
     std::optional<GPUSample> measure(const GPUReading& reading);
     void showCards(const GPUReading& reading, const std::optional<GPUSample>& sample);
     void showTopApps(const GPUReading& reading, const GPUSample& sample);
 
     GPUSettings& settings;
-    GPUSampler sampler;
+    GPUSampler::Reader reader;
     GPUReport report;
     GPUViewModel model;
     std::vector<double> history;
@@ -53,7 +61,8 @@ class GPUModule : public ItemModule {
     bool isLookedAt = false;
     double lastInterval = 0;    // seconds; of the latest tick
     double longerInterval = 0;  // of the two latest ticks: by it a gap is told
-    std::optional<std::pair<double, GPUState>> drawn;  // what the image shows
+    bool measured = false;
+    std::optional<std::tuple<double, GPUState, bool>> drawn;  // what the image shows
 };
 
 }  // namespace vostel

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/SourceText.h"
 #include "render/RateFormatter.h"
 
 namespace vostel {
@@ -56,9 +57,15 @@ GPUPopover::GPUPopover(GPUViewModel& viewModel, const GPUSettings& gpuSettings,
         cards.push_back(new KeyValueRow(QString()));
         add(cards.back());
     }
-    addTopApps(SystemApp::MonitorTab::CPU, QStringLiteral("No GPU activity"), rateText,
+    addTopApps(SystemApp::MonitorTab::CPU, QStringLiteral("Sampling…"), rateText,
                std::move(openSettings), usualApps);
+    follow(model.ratesKnown, [this] {
+        processes->setPlaceholder(model.ratesKnown.value() ? QStringLiteral("No GPU activity")
+                                                           : QStringLiteral("Sampling…"));
+    });
     follow(model.stats, [this] { showStats(); });
+    follow(model.measured, [this] { showStats(); });
+    follow(model.problem, [this] { showState(); });
     follow(model.cards, [this] { showCards(); });
     follow(model.state, [this] { showState(); });
 }
@@ -66,24 +73,27 @@ GPUPopover::GPUPopover(GPUViewModel& viewModel, const GPUSettings& gpuSettings,
 void GPUPopover::showStats() {
     const GPUStats stats = model.stats.value();
     const bool exists = model.state.value() != GPUState::absent;
-    header->setValue(exists ? percent(stats.utilization) : QString());
-    renderer->setValue(percent(stats.renderer));
-    tiler->setValue(percent(stats.tiler));
-    inUse->setValue(QString::fromStdString(RateFormatter::bytes(stats.inUseBytes)));
+    const bool known = model.measured.value();
+    header->setValue(exists ? percent(stats.utilization, known) : QString());
+    renderer->setValue(percent(stats.renderer, known));
+    tiler->setValue(percent(stats.tiler, known));
+    inUse->setValue(known ? QString::fromStdString(RateFormatter::bytes(stats.inUseBytes))
+                          : noValue);
 }
 
 void GPUPopover::showState() {
     const GPUState state = model.state.value();
     const bool exists = state != GPUState::absent;
     showStats();
-    absent->setVisible(!exists);
+    absent->setVisible(!exists && model.problem.value().isEmpty());
     for (QWidget* piece :
          {static_cast<QWidget*>(graph), static_cast<QWidget*>(renderer),
           static_cast<QWidget*>(tiler), static_cast<QWidget*>(inUse),
           static_cast<QWidget*>(processesTitle), static_cast<QWidget*>(processes)}) {
         piece->setVisible(exists);
     }
-    note->setNote(state == GPUState::silent    ? QStringLiteral("The GPU is not responding.")
+    note->setNote(!model.problem.value().isEmpty() ? QString()
+                  : state == GPUState::silent      ? QStringLiteral("The GPU is not responding.")
                   : state == GPUState::unknown ? QStringLiteral("This GPU does not tell its load.")
                                                : QString(),
                   state == GPUState::silent ? NoteLine::Kind::Warning : NoteLine::Kind::Hint);

@@ -24,15 +24,18 @@ struct Desk {
     std::condition_variable changed;
     std::optional<GPURequest> request;  // set: the thread works
     std::optional<GPUReading> finished;
+    bool working = false;  // the thread has not ended
     bool stop = false;
 };
 
 void work(const std::shared_ptr<Desk>& desk) {
     std::unique_lock lock(desk->mutex);
     for (;;) {
-        desk->changed.wait(lock, [&] { return desk->stop || desk->request.has_value(); });
-        if (desk->stop) {
+        const bool wanted = desk->changed.wait_for(
+            lock, GPUSampler::unusedFor, [&] { return desk->stop || desk->request.has_value(); });
+        if (desk->stop || !wanted) {
             desk->request.reset();
+            desk->working = false;
             desk->changed.notify_all();
             return;
         }
@@ -70,54 +73,68 @@ class GPUSampler::Lane {
         }
     }
 
-    // Whether `latest` changed.
-    bool tick(const GPURequest& request) {
+    void tick(const GPURequest& request) {
         std::unique_lock lock(desk->mutex);
-        bool fresh = false;
         if (desk->finished) {
-            latest = std::move(*desk->finished);
+            take(std::move(*desk->finished));
             desk->finished.reset();
-            stale = false;
-            fresh = true;
         }
         if (desk->request) {
             if (!stale && request.now - desk->request->now > answerLimit) {
                 markStale();
-                fresh = true;
             }
-            return fresh;
+            return;
         }
         lock.unlock();
+        const double since = asked ? request.now - asked->now : 0;
+        if (asked && since >= 0 && since < together && (asked->detailed || !request.detailed)) {
+            return;
+        }
+        asked = request;
         if (desk->source->isSlow(request)) {
             post(request);
-            return fresh;
+        } else {
+            take(desk->source->read(request));
         }
-        latest = desk->source->read(request);
-        return true;
     }
 
+    // Whether there is an answer, or word that there is none, for who began at `begun`.
+    bool hasAnswered(double begun) const { return stale || (changes > 0 && latest.at >= begun); }
+
     GPUReading latest;
+    std::uint64_t changes = 0;
     bool stale = false;  // the reading under way takes longer than it may
 
   private:
+    void take(GPUReading reading) {
+        latest = std::move(reading);
+        stale = false;
+        ++changes;
+    }
+
     void post(const GPURequest& request) {
-        {
-            const std::lock_guard lock(desk->mutex);
-            desk->request = request;
-        }
-        if (thread.joinable()) {
+        std::unique_lock lock(desk->mutex);
+        desk->request = request;
+        if (desk->working) {
             desk->changed.notify_all();
             return;
         }
+        lock.unlock();
+        if (thread.joinable()) {
+            thread.join();  // it has ended
+        }
+        desk->working = true;
         try {
             thread = std::thread(work, desk);
         } catch (const std::system_error&) {
+            desk->working = false;
             desk->request.reset();  // no thread to be had now; the next tick tries again
         }
     }
 
     void markStale() {
         stale = true;
+        ++changes;
         if (latest.accelerators.empty()) {
             latest.accelerators.emplace_back().name = "GPU";
         }
@@ -132,6 +149,7 @@ class GPUSampler::Lane {
 
     std::shared_ptr<Desk> desk;
     std::thread thread;
+    std::optional<GPURequest> asked;  // the last
 };
 
 GPUSampler::GPUSampler(std::vector<std::shared_ptr<GPUSource>> sources) {
@@ -142,14 +160,43 @@ GPUSampler::GPUSampler(std::vector<std::shared_ptr<GPUSource>> sources) {
 
 GPUSampler::~GPUSampler() = default;
 
-std::optional<GPUReading> GPUSampler::tick(const GPURequest& request) {
-    bool fresh = lanes.empty();
+std::uint64_t GPUSampler::changes() const {
+    std::uint64_t sum = 0;
     for (const auto& lane : lanes) {
-        fresh = lane->tick(request) || fresh;
+        sum += lane->changes;
     }
-    if (!fresh) {
+    return sum;
+}
+
+GPUSampler::Reader::Reader(GPUSampler& shared) : sampler(shared) {
+    sampler.readers.push_back(this);
+}
+
+GPUSampler::Reader::~Reader() {
+    std::erase(sampler.readers, this);
+}
+
+void GPUSampler::Reader::stop() {
+    begun.reset();
+    seen = 0;
+    looks = false;
+}
+
+std::optional<GPUReading> GPUSampler::Reader::tick(const GPURequest& request) {
+    looks = request.detailed;
+    begun = begun.value_or(request.now - together);
+    GPURequest asked = request;
+    asked.detailed = std::ranges::any_of(sampler.readers, &Reader::looks);
+    const auto& lanes = sampler.lanes;
+    for (const auto& lane : lanes) {
+        lane->tick(asked);
+    }
+    const bool answered =
+        std::ranges::all_of(lanes, [this](const auto& lane) { return lane->hasAnswered(*begun); });
+    if (!answered || (!lanes.empty() && seen == sampler.changes())) {
         return std::nullopt;
     }
+    seen = sampler.changes();
     GPUReading all{.at = lanes.empty() ? request.now : 0, .detailed = true, .accelerators = {}};
     for (const auto& lane : lanes) {
         const auto& part = lane->latest;

@@ -26,6 +26,8 @@ struct GPUViewModel : UsageViewModel {
     QProperty<GPUStats> stats;
     QProperty<GPUState> state{GPUState::awake};
     QProperty<QList<GPUCard>> cards;
+    // Whether somebody has looked long enough for an empty list to mean that nobody uses the GPU.
+    QProperty<bool> ratesKnown;
 };
 
 }  // namespace vostel

@@ -4,6 +4,7 @@
 
 #include "core/GlobalSettings.h"
 #include "core/History.h"
+#include "core/SourceText.h"
 #include "monitors/memory/MemoryPopover.h"
 #include "platform/Platform.h"
 #include "render/BarImage.h"
@@ -29,6 +30,12 @@ MemoryModule::MemoryModule(AppContext& appContext, MemorySettings& memorySetting
 
 void MemoryModule::tick() {
     lastUsage = monitor.sample();
+    error = context.platform.memory->health.error();
+    if (error.empty() && !(lastUsage.totalBytes > 0)) {
+        error = "the memory cannot be read";
+    }
+    model.measured = error.empty();
+    model.problem = errorSentence(error);
     appendCapped(history, lastUsage.fraction(), historyCap);
     model.history = history;
     model.usage = lastUsage;
@@ -45,6 +52,7 @@ void MemoryModule::detailPopoverWillShow() {
 
 std::optional<StatusImage> MemoryModule::menubarImage(const ImageContext& imageContext) {
     const BarImage image{.fraction = lastUsage.fraction(),
+                         .known = error.empty(),
                          .label = settings.label(),
                          .labelSize = context.global.labelSize(),
                          .shortName = QStringLiteral("MEM"),
@@ -53,6 +61,9 @@ std::optional<StatusImage> MemoryModule::menubarImage(const ImageContext& imageC
 }
 
 QString MemoryModule::valueText() const {
+    if (!error.empty()) {
+        return noValueText(QStringLiteral("Memory"), error);
+    }
     return QStringLiteral("Memory %1 % (%2 of %3)")
         .arg(QString::number(std::lround(lastUsage.fraction() * 100)),
              QString::fromStdString(RateFormatter::bytes(lastUsage.usedBytes)),
@@ -60,6 +71,11 @@ QString MemoryModule::valueText() const {
 }
 
 QVariantMap MemoryModule::statusValues() const {
+    if (!error.empty()) {
+        return {{QStringLiteral("usedBytes"), QVariant()},
+                {QStringLiteral("totalBytes"), QVariant()},
+                {QStringLiteral("error"), QString::fromStdString(error)}};
+    }
     return {{QStringLiteral("usedBytes"), lastUsage.usedBytes},
             {QStringLiteral("totalBytes"), lastUsage.totalBytes}};
 }

@@ -36,6 +36,7 @@ class MemoryModule : public ItemModule {
     MemoryViewModel model;
     std::vector<double> history;
     MemoryUsage lastUsage;
+    std::string error;  // why it could not be read
     TopApps topApps;
 };
 

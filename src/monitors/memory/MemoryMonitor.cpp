@@ -12,6 +12,9 @@ MemoryMonitor::MemoryMonitor(MemorySource& memorySource)
     : source(memorySource), total(memorySource.physicalMemory()) {}
 
 MemoryUsage MemoryMonitor::sample() {
+    if (!(total > 0)) {
+        total = source.physicalMemory();  // it could not be read before
+    }
     MemoryUsage usage{0, total};
     if (const auto counters = source.counters()) {
         usage.usedBytes = counters->active + counters->wired + counters->compressed;

@@ -16,12 +16,16 @@ MemoryPopover::MemoryPopover(MemoryViewModel& model, const ModuleSettings& memor
                              std::function<void()> openSettings)
     : UsagePopover(QStringLiteral("Memory"), QStringLiteral("Used memory, history"), model,
                    memorySettings) {
-    follow(model.usage, [this, &model] {
+    const auto showUsage = [this, &model] {
         const MemoryUsage usage = model.usage.value();
-        header->setValue(percent(usage.fraction()));
-        header->setDetail(
-            QStringLiteral("Used %1 of %2").arg(bytes(usage.usedBytes), bytes(usage.totalBytes)));
-    });
+        const bool known = model.measured.value();
+        header->setValue(percent(usage.fraction(), known));
+        header->setDetail(known ? QStringLiteral("Used %1 of %2")
+                                      .arg(bytes(usage.usedBytes), bytes(usage.totalBytes))
+                                : QString());
+    };
+    follow(model.usage, showUsage);
+    follow(model.measured, showUsage);
     addTopApps(SystemApp::MonitorTab::Memory, QStringLiteral("Sampling…"), bytes,
                std::move(openSettings));
 }

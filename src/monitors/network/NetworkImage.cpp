@@ -9,6 +9,7 @@
 #include <QHash>
 #include <QPainter>
 
+#include "core/SourceText.h"
 #include "monitors/network/NetworkGraph.h"
 #include "render/MenuBarImage.h"
 #include "render/MeterGraph.h"
@@ -132,10 +133,10 @@ StatusImage makeSquareImage(const NetworkImageInput& input, const ImageContext& 
             while (size > 5 && widestOf(widest, size, context.scale) > room) {
                 size -= 0.5;
             }
-            drawNumbers(
-                painter, rect,
-                {shortRate(input.current.up), shortRate(input.current.down), size, squareArrow},
-                colorsOf(input, colors), colors.text);
+            drawNumbers(painter, rect,
+                        {input.known ? shortRate(input.current.up) : noValue,
+                         input.known ? shortRate(input.current.down) : noValue, size, squareArrow},
+                        colorsOf(input, colors), colors.text);
         });
 }
 
@@ -182,7 +183,8 @@ StatusImage makeNetworkImage(const NetworkImageInput& input, const ImageContext&
             if (input.showNumbers) {
                 drawNumbers(
                     painter, rect.adjusted(graphWidth + numbersGap, 0, 0, 0),
-                    {rate(input.current.up), rate(input.current.down), textSize, arrowWidth},
+                    {input.known ? rate(input.current.up) : noValue,
+                     input.known ? rate(input.current.down) : noValue, textSize, arrowWidth},
                     directions, colors.text);
             }
         });

@@ -22,6 +22,7 @@ struct NetworkImageInput {
     EffAppearance appearance;
     QColor upColor;
     NetSample current;
+    bool known = true;               // false: there are no rates; dashes stand for them
     std::vector<NetSample> history;  // oldest first
 };
 

@@ -6,6 +6,7 @@
 
 #include "core/GlobalSettings.h"
 #include "core/Log.h"
+#include "core/SourceText.h"
 #include "monitors/network/InterfaceInfo.h"
 #include "monitors/network/NetworkImage.h"
 #include "monitors/network/NetworkPopover.h"
@@ -109,6 +110,7 @@ void NetworkModule::applyLookUp() {
 void NetworkModule::tick() {
     const double interval = effInterval() > shortestInterval ? effInterval() : shortestInterval;
     const auto samples = monitor.sample(interval);
+    error = context.platform.network->health.error();
     const auto addresses =
         InterfaceInfo::addresses(monitor.interfaces(), context.platform.network->addresses());
     const std::optional<TailscaleStatus>& tailscale = model.tailscale.value();
@@ -122,6 +124,8 @@ void NetworkModule::tick() {
 }
 
 void NetworkModule::publish() {
+    model.measured = hasRates();
+    model.problem = errorSentence(error);
     model.aggregate = selection.aggregate();
     model.current = selection.current();
     model.peakDown = selection.peakDown();
@@ -186,17 +190,26 @@ std::optional<StatusImage> NetworkModule::menubarImage(const ImageContext& image
         .appearance = settings.effAppearance(imageContext.appearance),
         .upColor = settings.upColor(),
         .current = selection.current(),
+        .known = hasRates(),
         .history = selection.aggregate(),
     };
     return makeNetworkImage(input, imageContext);
 }
 
 QString NetworkModule::valueText() const {
+    if (!hasRates()) {
+        return noValueText(QStringLiteral("Network"), error);
+    }
     return QStringLiteral("Network ↓ %1 ↑ %2")
         .arg(rate(selection.current().down), rate(selection.current().up));
 }
 
 QVariantMap NetworkModule::statusValues() const {
+    if (!hasRates()) {
+        return {{QStringLiteral("down"), QVariant()},
+                {QStringLiteral("up"), QVariant()},
+                {QStringLiteral("error"), QString::fromStdString(error)}};
+    }
     QVariantList interfaces;
     for (const InterfaceState& state : selection.list()) {
         interfaces << QVariantMap{

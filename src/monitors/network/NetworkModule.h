@@ -37,6 +37,9 @@ class NetworkModule : public ItemModule {
   private:
     std::unique_ptr<Popover> makePopover() override;
     void didStart() override;
+    bool isMeasured() const override { return monitor.hasMeasured() || !error.empty(); }
+    // Whether there are rates to show.
+    bool hasRates() const { return monitor.hasMeasured() && error.empty(); }
     void willStop() override;
     void startBackgroundProbes();
     void refreshTailscale();
@@ -50,6 +53,7 @@ class NetworkModule : public ItemModule {
     NetworkSettings& settings;
     NetworkOutside outside;
     NetworkMonitor monitor;
+    std::string error;  // why the interfaces could not be read
     InterfaceSelection selection;
     NetworkViewModel model;
     std::unique_ptr<ProcessNetMonitor> processMonitor;

@@ -69,6 +69,7 @@ std::map<std::string, NetSample> NetworkMonitor::sample(double interval) {
     lastTime = now;
     lastRates = rates;
     primed = true;
+    measured = measured || measurable;
     return rates;
 }
 

@@ -30,6 +30,9 @@ class NetworkMonitor {
     // jumped by more than 10 TB/s.
     std::map<std::string, NetSample> sample(double interval);
 
+    // Whether rates have been measured at all: false until the second reading.
+    bool hasMeasured() const { return measured; }
+
     // The interfaces of the latest reading.
     const std::vector<InterfaceCounters>& interfaces() const { return latest; }
 
@@ -55,6 +58,7 @@ class NetworkMonitor {
     double lastTime = 0;
     double lastInterval = 0;
     bool primed = false;
+    bool measured = false;
     std::uint64_t totalDown = 0;
     std::uint64_t totalUp = 0;
     std::vector<InterfaceCounters> latest;

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/SourceText.h"
 #include "monitors/process/PrintableText.h"
 #include "monitors/process/TopAppsSection.h"
 #include "render/RateFormatter.h"
@@ -60,7 +61,8 @@ NetworkPopover::NetworkPopover(NetworkViewModel& viewModel, const NetworkSetting
       tailscaleAddress(new KeyValueRow(QStringLiteral("Address"))),
       interfaces(new InterfaceList),
       processes(new ProcessList(QString(), reservedApps)),
-      sight(new NoteLine) {
+      sight(new NoteLine),
+      problem(new NoteLine) {
     build(std::move(openSettings));
     follow();
     showGraph();
@@ -75,6 +77,7 @@ NetworkPopover::NetworkPopover(NetworkViewModel& viewModel, const NetworkSetting
 
 void NetworkPopover::build(std::function<void()> openSettings) {
     add(new HeaderRow(QStringLiteral("Network")));
+    add(problem);
     add(rates);
     add(graph);
     addSpace(2);
@@ -100,6 +103,8 @@ void NetworkPopover::follow() {
     };
     on(model.aggregate, &NetworkPopover::showGraph);
     on(model.current, &NetworkPopover::showRates);
+    on(model.measured, &NetworkPopover::showRates);
+    on(model.problem, &NetworkPopover::showRates);
     on(model.peakDown, &NetworkPopover::showRates);
     on(model.peakUp, &NetworkPopover::showRates);
     on(model.sessionDown, &NetworkPopover::showSession);
@@ -125,8 +130,12 @@ void NetworkPopover::showGraph() {
 
 void NetworkPopover::showRates() {
     const NetSample current = model.current.value();
-    rates->setDown({rate(current.down), rate(model.peakDown.value()), settings.effForeground()});
-    rates->setUp({rate(current.up), rate(model.peakUp.value()), settings.upColor()});
+    const bool known = model.measured.value();
+    problem->setNote(model.problem.value(), NoteLine::Kind::Warning);
+    rates->setDown({known ? rate(current.down) : noValue, rate(model.peakDown.value()),
+                    settings.effForeground()});
+    rates->setUp(
+        {known ? rate(current.up) : noValue, rate(model.peakUp.value()), settings.upColor()});
 }
 
 void NetworkPopover::showSession() {

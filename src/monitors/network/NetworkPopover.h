@@ -49,6 +49,7 @@ class NetworkPopover : public Popover {
     InterfaceList* interfaces;
     ProcessList* processes;
     NoteLine* sight;
+    NoteLine* problem;
     std::vector<QPropertyNotifier> notifiers;
 };
 

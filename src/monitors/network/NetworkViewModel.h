@@ -19,6 +19,8 @@ namespace vostel {
 struct NetworkViewModel {
     QProperty<std::vector<NetSample>> aggregate;  // oldest first, at most 60
     QProperty<NetSample> current;
+    QProperty<bool> measured{true};  // false: there are no rates, or none yet
+    QProperty<QString> problem;      // why there are none; empty: they are just not known yet
     QProperty<double> peakDown;
     QProperty<double> peakUp;
     QProperty<double> sessionDown;  // bytes

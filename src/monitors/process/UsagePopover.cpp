@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "core/SourceText.h"
 #include "monitors/process/TopAppsSection.h"
 
 namespace vostel {
@@ -11,11 +12,15 @@ UsagePopover::UsagePopover(const QString& title, const QString& graphName, Usage
     : Popover(title),
       settings(moduleSettings),
       header(new HeaderRow(title)),
+      problem(new NoteLine),
       graph(new LineGraph),
       frame(model) {
     add(header);
+    add(problem);
     graph->setName(graphName);
     add(graph);
+    follow(frame.problem,
+           [this] { problem->setNote(frame.problem.value(), NoteLine::Kind::Warning); });
     follow(frame.history, [this] {
         graph->setColor(settings.effForeground());
         graph->setHistory(frame.history.value());
@@ -42,8 +47,8 @@ void UsagePopover::addTopApps(SystemApp::MonitorTab tab, const QString& placehol
     });
 }
 
-QString UsagePopover::percent(double fraction) {
-    return QStringLiteral("%1%").arg(std::lround(fraction * 100));
+QString UsagePopover::percent(double fraction, bool known) {
+    return known ? QStringLiteral("%1%").arg(std::lround(fraction * 100)) : noValue;
 }
 
 }  // namespace vostel

@@ -10,6 +10,7 @@
 #include "monitors/process/UsageViewModel.h"
 #include "ui/HeaderRow.h"
 #include "ui/LineGraph.h"
+#include "ui/NoteLine.h"
 #include "ui/Popover.h"
 #include "ui/ProcessList.h"
 #include "ui/SectionTitle.h"
@@ -25,7 +26,7 @@ class UsagePopover : public Popover {
     void settingsChanged() override;
 
   protected:
-    // Begins with heading and graph. Follows `model` while it lives.
+    // Begins with heading, why there is no figure, and graph. Follows `model` while it lives.
     UsagePopover(const QString& title, const QString& graphName, UsageViewModel& model,
                  const ModuleSettings& settings);
 
@@ -44,10 +45,11 @@ class UsagePopover : public Popover {
         shows.push_back(std::move(show));
     }
 
-    static QString percent(double fraction);  // "37%"
+    static QString percent(double fraction, bool known = true);  // "37%"; "—"
 
     const ModuleSettings& settings;
     HeaderRow* header;
+    NoteLine* problem;
     LineGraph* graph;
     SectionTitle* processesTitle = nullptr;  // both by addTopApps()
     ProcessList* processes = nullptr;

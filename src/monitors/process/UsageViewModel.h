@@ -3,6 +3,7 @@
 #include <vector>
 
 #include <QProperty>
+#include <QString>
 
 #include "monitors/process/ProcStat.h"
 
@@ -12,6 +13,8 @@ namespace vostel {
 struct UsageViewModel {
     QProperty<std::vector<double>> history;  // fractions, oldest first
     QProperty<QList<ProcStat>> topApps;
+    QProperty<bool> measured{true};  // false: there is no figure, or none yet
+    QProperty<QString> problem;      // why there is none; empty: it is just not known yet
 };
 
 }  // namespace vostel

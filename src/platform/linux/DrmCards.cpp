@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <cstdint>
 #include <string_view>
@@ -48,14 +49,19 @@ bool isPciAddress(std::string_view name) {
 
 }  // namespace
 
-std::vector<DrmCard> listDrmCards(const std::string& sysRoot) {
+std::vector<DrmCard> listDrmCards(const std::string& sysRoot, std::string* problem) {
     const std::string folder = sysRoot + "/class/drm";
     std::vector<std::string> names;
+    if (problem != nullptr) {
+        problem->clear();
+    }
     if (DIR* directory = opendir(folder.c_str())) {
         while (const dirent* entry = readdir(directory)) {
             names.emplace_back(entry->d_name);
         }
         closedir(directory);
+    } else if (problem != nullptr && errno != ENOENT) {
+        *problem = cannotRead(folder);
     }
     std::ranges::sort(names, {}, [](const std::string& name) {
         return std::pair(numberAfter(name, "card"), std::string_view(name));

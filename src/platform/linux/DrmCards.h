@@ -18,8 +18,10 @@ struct DrmCard {
 };
 
 // The graphics cards under sysRoot/class/drm, by number. Only that directory is listed and links
-// are read: nothing of a card itself is opened. Cards without a device are left out.
-std::vector<DrmCard> listDrmCards(const std::string& sysRoot);
+// are read: nothing of a card itself is opened. Cards without a device are left out. `problem`,
+// when given, is emptied, or told why the directory cannot be read; one that is not there is no
+// problem.
+std::vector<DrmCard> listDrmCards(const std::string& sysRoot, std::string* problem = nullptr);
 
 // Whether the device is powered down, or about to be, by its power/runtime_status; that file is
 // answered by the kernel's own bookkeeping. A device without the file is awake.

@@ -52,7 +52,7 @@ void DrmGPUSource::prepare(const GPURequest& request) {
     if (!listedAt || request.now - *listedAt >= listEvery || request.now < *listedAt) {
         listedAt = request.now;
         std::vector<Card> old = std::exchange(cards, {});
-        for (DrmCard& drm : listDrmCards(sys)) {
+        for (DrmCard& drm : listDrmCards(sys, &listProblem)) {
             if (drm.driver == "nvidia") {
                 continue;
             }
@@ -94,7 +94,9 @@ bool DrmGPUSource::wantsWalk(const GPURequest& request) const {
         const Driver* driver = knownDriver(card.drm.driver);
         const bool tells =
             (driver != nullptr && driver->namesEngines) || card.load.known || !walkedAt;
-        return mayWalk(card) && (request.detailed || (due && !card.counts && tells));
+        const bool primed =
+            walkedAt && !card.load.measured && request.now - *walkedAt >= shortestSpan;
+        return mayWalk(card) && (request.detailed || ((due || primed) && !card.counts && tells));
     });
 }
 
@@ -169,9 +171,13 @@ void DrmGPUSource::walk(const GPURequest& request) {
             }
         }
     }
+    const double span = walkedAt ? request.now - *walkedAt : 0;
     walkedAt = request.now;
     ledger.observe(request.now, 3 * std::max(request.interval, walkEvery),
                    walker.walk(request.now, request.detailed, nodes));
+    if (span > 0 && span < shortestSpan) {
+        return;  // the popover opened right after a tick: the load stays what it was
+    }
     for (Card& card : cards) {
         card.load = ledger.load(card.drm.id);
     }
@@ -197,6 +203,9 @@ std::optional<GPUStatistics> DrmGPUSource::statistics(const Card& card, bool wal
         return figures;
     }
     const Driver* driver = knownDriver(card.drm.driver);
+    if (!walker.error().empty()) {
+        return std::nullopt;
+    }
     if (!card.load.known && (driver == nullptr || !driver->namesEngines)) {
         return std::nullopt;
     }
@@ -215,6 +224,9 @@ GPUAccelerator DrmGPUSource::accelerator(const Card& card, bool walked) const {
                                             : card.drm.driver;
     result.asleep = card.asleep && (card.drm.pci || card.load.device <= 0);
     result.statistics = statistics(card, walked);
+    // An Intel card left alone is known to be idle; one that is asked needs two readings.
+    result.measured = card.counts ? !card.asked || card.percent.has_value()
+                                  : card.load.measured || !mayWalk(card);
     if (mayWalk(card)) {
         result.clients = ledger.clients(card.drm.id);
     }
@@ -236,6 +248,12 @@ GPUReading DrmGPUSource::read(const GPURequest& request) {
     GPUReading reading{.at = request.now, .detailed = request.detailed, .accelerators = {}};
     for (const Card& card : cards) {
         reading.accelerators.push_back(accelerator(card, walks));
+    }
+    const std::string& problem = listProblem.empty() ? walker.error() : listProblem;
+    if (problem.empty()) {
+        health.succeeded();
+    } else {
+        health.failed(problem);
     }
     return reading;
 }

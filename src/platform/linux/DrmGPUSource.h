@@ -22,7 +22,7 @@ namespace vostel {
 // names engines in fdinfo); so is everybody's per-process time and, without memory counters, the
 // memory in use, where a buffer shared by two clients counts twice. Clients are walked for each
 // detailed reading; else every `walkEvery` seconds, and only where a card has no counter of its
-// own.
+// own. A walk that has nothing to compare with is followed by another at the next reading.
 //
 // A PCI card that is powered down is not touched: of all its files power/runtime_status alone is
 // read, and descriptors of its nodes are not looked into. The small GPUs of single-chip systems
@@ -35,8 +35,9 @@ class DrmGPUSource : public GPUSource {
     bool isSlow(const GPURequest& request) override;
     GPUReading read(const GPURequest& request) override;
 
-    static constexpr double walkEvery = 5;   // seconds
-    static constexpr double listEvery = 10;  // seconds between two looks for new cards
+    static constexpr double walkEvery = 5;       // seconds
+    static constexpr double shortestSpan = 0.1;  // seconds; what moved in less tells nothing
+    static constexpr double listEvery = 10;      // seconds between two looks for new cards
 
   private:
     struct Card {
@@ -63,6 +64,7 @@ class DrmGPUSource : public GPUSource {
     std::optional<GPUStatistics> statistics(const Card& card, bool walked) const;
 
     std::string sys;
+    std::string listProblem;  // as in SourceHealth::failed()
     std::vector<Card> cards;
     std::optional<double> listedAt;
     std::optional<double> preparedAt;

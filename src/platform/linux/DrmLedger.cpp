@@ -109,12 +109,12 @@ void DrmLedger::observe(double now, double longestGap, std::vector<DrmDescriptor
 
 DrmLedger::Load DrmLedger::load(const std::string& card) const {
     Load load;
+    load.measured = lastElapsed > 0;
     const auto found = cards.find(card);
     if (found == cards.end()) {
         return load;
     }
     load.known = !found->second.engines.empty();
-    load.measured = lastElapsed > 0;
     for (const auto& [id, client] : found->second.clients) {
         load.memory += client.memory;
     }

@@ -107,6 +107,7 @@ std::vector<DrmDescriptor> DrmWalker::walk(double now, bool someoneLooks,
     std::vector<DrmDescriptor> result;
     ++walks;
     const Directory directory = openDirectory(AT_FDCWD, proc.c_str());
+    problem = directory == nullptr ? cannotRead(proc) : std::string();
     if (directory == nullptr) {
         return result;
     }

@@ -24,6 +24,9 @@ class DrmWalker {
     std::vector<DrmDescriptor> walk(double now, bool someoneLooks,
                                     const std::map<std::string, std::string>& nodes);
 
+    // Why the last walk found nobody, as in SourceHealth::failed(); empty when it could look.
+    const std::string& error() const { return problem; }
+
   private:
     struct Held {
         int descriptor = 0;
@@ -43,6 +46,7 @@ class DrmWalker {
               std::vector<DrmDescriptor>& into) const;
 
     std::string proc;
+    std::string problem;
     std::unordered_map<int, Process> processes;
     std::uint64_t walks = 0;
 };

@@ -40,6 +40,9 @@ IdleResidency::IdleResidency(const DrmCard& card) {
 }
 
 std::optional<double> IdleResidency::read(double now, double longestGap) {
+    if (!gts.empty() && gts.front().idle && now - lastAt >= 0 && now - lastAt < shortestSpan) {
+        return lastBusy;
+    }
     const double elapsed = (now - std::exchange(lastAt, now)) * 1000;
     bool whole = elapsed > 0 && elapsed <= longestGap * 1000;
     double least = elapsed;
@@ -55,18 +58,20 @@ std::optional<double> IdleResidency::read(double now, double longestGap) {
             whole = false;
         }
     }
+    lastBusy.reset();
     if (!whole || gts.empty()) {
         return std::nullopt;
     }
     off += least;
     on += elapsed - least;
-    return 1 - least / elapsed;
+    return lastBusy = 1 - least / elapsed;
 }
 
 void IdleResidency::forget() {
     for (Gt& gt : gts) {
         gt.idle.reset();
     }
+    lastBusy.reset();
 }
 
 std::vector<GPUResidencyChannel> IdleResidency::channels() const {

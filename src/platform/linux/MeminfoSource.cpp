@@ -111,7 +111,8 @@ MemoryCounters countMemory(const Meminfo& info, std::uint64_t zram, std::uint64_
 }
 
 MeminfoSource::MeminfoSource(const SystemRoots& roots)
-    : sys(roots.sys),
+    : proc(roots.proc),
+      sys(roots.sys),
       meminfo(roots.proc + "/meminfo"),
       arcstats(roots.proc + "/spl/kstat/zfs/arcstats") {}
 
@@ -131,8 +132,10 @@ std::uint64_t MeminfoSource::zramMemory() {
 std::optional<MemoryCounters> MeminfoSource::counters() {
     const Meminfo info = parseMeminfo(meminfo.read());
     if (info.memTotal == 0) {
+        health.failed(meminfo.error().empty() ? proc + "/meminfo tells no size" : meminfo.error());
         return std::nullopt;
     }
+    health.succeeded();
     return countMemory(info, zramMemory(),
                        parseReclaimableArc(readSmallFile(arcstats).value_or("")));
 }

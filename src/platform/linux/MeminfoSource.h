@@ -48,6 +48,7 @@ class MeminfoSource : public MemorySource {
   private:
     std::uint64_t zramMemory();
 
+    std::string proc;
     std::string sys;
     ProcFile meminfo;
     std::string arcstats;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <system_error>
 
 namespace vostel {
 
@@ -30,7 +31,15 @@ NetlinkSource::~NetlinkSource() {
 }
 
 std::vector<InterfaceCounters> NetlinkSource::interfaces() {
-    return read<InterfaceCounters>(RTM_GETLINK, parseLinks);
+    failure = 0;
+    auto links = read<InterfaceCounters>(RTM_GETLINK, parseLinks);
+    if (failure == 0) {
+        health.succeeded();
+    } else {
+        health.failed("cannot list the network interfaces: " +
+                      std::generic_category().message(failure));
+    }
+    return links;
 }
 
 std::vector<InterfaceAddress> NetlinkSource::addresses() {
@@ -84,6 +93,7 @@ std::vector<Entry> NetlinkSource::read(int type,
         entries.clear();
         switch (dump(type, entries, parse)) {
             case Dump::complete:
+                failure = 0;
                 return entries;
             case Dump::interrupted:
                 break;
@@ -102,7 +112,9 @@ NetlinkSource::Dump NetlinkSource::dump(int type, std::vector<Entry>& entries,
                                         NetlinkAnswer (*parse)(std::span<const std::byte>,
                                                                std::uint32_t,
                                                                std::vector<Entry>&)) {
+    failure = 0;
     if (!open() || !ask(type)) {
+        failure = errno;
         return Dump::failed;
     }
     bool interrupted = false;
@@ -114,17 +126,20 @@ NetlinkSource::Dump NetlinkSource::dump(int type, std::vector<Entry>& entries,
         }
         // Nothing there although the dump has not ended, an overrun, or a datagram that was cut.
         if (size <= 0 || static_cast<std::size_t>(size) > buffer.size()) {
+            failure = size < 0 ? errno : EIO;
             return Dump::failed;
         }
         const NetlinkAnswer answer =
             parse({buffer.data(), static_cast<std::size_t>(size)}, sequence, entries);
         interrupted |= answer.interrupted;
         if (answer.done) {
+            failure = answer.error;
             return answer.error != 0 ? Dump::failed
                    : interrupted     ? Dump::interrupted
                                      : Dump::complete;
         }
     }
+    failure = EIO;
     return Dump::failed;
 }
 

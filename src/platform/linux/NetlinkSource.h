@@ -44,6 +44,7 @@ class NetlinkSource : public NetworkSource {
     bool known = false;  // `lastAddresses` was true when the last announcement was read
     std::vector<InterfaceAddress> lastAddresses;
     std::uint32_t sequence = 0;
+    int failure = 0;  // errno of the last dump; 0: it succeeded
     std::vector<std::byte> buffer;
 };
 

@@ -223,6 +223,13 @@ GPUReading NvidiaGPUSource::read(const GPURequest& request) {
         failed = failed || (card.device != nullptr && !card.last.statistics);
         reading.accelerators.push_back(card.last);
     }
+    if (failedAt == request.now) {
+        health.failed("cannot use " + library);
+    } else if (failed) {
+        health.failed("the driver of the NVIDIA card does not answer");
+    } else if (!failedAt) {
+        health.succeeded();
+    }
     if (failed) {
         // The driver went away under it, or the card: the next reading starts afresh.
         session.reset();

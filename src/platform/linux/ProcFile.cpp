@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <system_error>
 #include <utility>
 
 namespace vostel {
@@ -58,6 +59,10 @@ std::optional<std::string> readSmallFile(const std::string& path, std::size_t li
     return text;
 }
 
+std::string cannotRead(const std::string& path) {
+    return "cannot read " + path + ": " + std::generic_category().message(errno);
+}
+
 ProcFile::ProcFile(std::string filePath) : path(std::move(filePath)), buffer(16384) {}
 
 ProcFile::~ProcFile() {
@@ -66,21 +71,29 @@ ProcFile::~ProcFile() {
     }
 }
 
+std::string_view ProcFile::fail() {
+    problem = cannotRead(path);
+    if (descriptor >= 0) {
+        close(descriptor);
+        descriptor = -1;
+    }
+    return {};
+}
+
 std::string_view ProcFile::read() {
     if (descriptor < 0) {
         descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
         if (descriptor < 0) {
-            return {};
+            return fail();
         }
     }
     for (;;) {
         const ssize_t n = readAll(descriptor, buffer.data(), buffer.size());
         if (n < 0) {
-            close(descriptor);
-            descriptor = -1;
-            return {};
+            return fail();
         }
         if (static_cast<std::size_t>(n) < buffer.size() || buffer.size() >= largestFile) {
+            problem = n == 0 ? path + " is empty" : "";
             return {buffer.data(), static_cast<std::size_t>(n)};
         }
         buffer.resize(buffer.size() * 4);

@@ -225,6 +225,7 @@ bool ProcProcessSource::openRoot() {
 
 bool ProcProcessSource::read(std::vector<ProcessRecord>& records) {
     if (!openRoot()) {
+        health.failed(cannotRead(proc));
         records.clear();
         return false;
     }
@@ -254,6 +255,11 @@ bool ProcProcessSource::read(std::vector<ProcessRecord>& records) {
     if (!sorted) {
         std::sort(records.begin(), records.end(),
                   [](const ProcessRecord& a, const ProcessRecord& b) { return a.pid < b.pid; });
+    }
+    if (count > 0) {
+        health.succeeded();
+    } else {
+        health.failed(proc + " shows no processes");
     }
     return count > 0;
 }

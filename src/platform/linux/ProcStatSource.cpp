@@ -77,10 +77,15 @@ std::set<int> parseCpuList(std::string_view text) {
 }
 
 ProcStatSource::ProcStatSource(const SystemRoots& roots)
-    : sys(roots.sys), stat(roots.proc + "/stat") {}
+    : proc(roots.proc), sys(roots.sys), stat(roots.proc + "/stat") {}
 
 std::vector<ProcessorTicks> ProcStatSource::readProcessors() {
     std::vector<ProcessorTicks> processors = parseProcStat(stat.read());
+    if (!processors.empty()) {
+        health.succeeded();
+    } else {
+        health.failed(stat.error().empty() ? proc + "/stat names no processors" : stat.error());
+    }
     readKinds(processors);
     if (counts.efficiency > 0) {
         std::stable_partition(processors.begin(), processors.end(), [this](const auto& processor) {

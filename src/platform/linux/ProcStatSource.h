@@ -41,6 +41,7 @@ class ProcStatSource : public CPUSource {
     std::vector<ProcessorTicks> readProcessors();
     void readKinds(const std::vector<ProcessorTicks>& processors);
 
+    std::string proc;
     std::string sys;
     ProcFile stat;
     std::vector<int> knownIds;  // the processors that `efficiencyIds` was read for

@@ -239,10 +239,12 @@ TEST(DrmGPUSourceTest, RaspberryPi) {
     DrmGPUSource source(tree.roots());
     EXPECT_TRUE(source.isSlow(glance(0)));
     source.read(glance(0));
+    EXPECT_TRUE(source.isSlow(glance(0.25))) << "a first walk has nothing to compare with";
+    EXPECT_TRUE(source.read(glance(0.25)).accelerators.at(0).measured);
     set(500, 2000);
     EXPECT_FALSE(source.isSlow(glance(4))) << "clients are walked every 5 s";
     EXPECT_DOUBLE_EQ(*source.read(glance(4)).accelerators.at(0).statistics->device, 0);
-    auto reading = source.read(glance(5));
+    auto reading = source.read(glance(5.25));
     ASSERT_EQ(reading.accelerators.size(), 2u);
     EXPECT_DOUBLE_EQ(*reading.accelerators[0].statistics->device, 40);
     EXPECT_DOUBLE_EQ(*reading.accelerators[0].statistics->renderer, 40);
@@ -255,6 +257,56 @@ TEST(DrmGPUSourceTest, RaspberryPi) {
     EXPECT_TRUE(reading.accelerators[0].asleep);
     EXPECT_DOUBLE_EQ(*reading.accelerators[0].statistics->device, 0);
     EXPECT_TRUE(reading.accelerators[0].clients.empty());
+}
+
+// What is shown first: the load between two readings, a quarter of a second apart.
+TEST(DrmGPUSourceTest, TheSecondReadingHasTheLoad) {
+    for (const bool intel : {false, true}) {
+        GPUTree tree;
+        const std::string card =
+            tree.add({.device = "0000:00:02.0", .driver = intel ? "i915" : "panthor"});
+        const auto set = [&](int busy) {  // milliseconds since some start
+            tree.holds(70, "game", 4, "renderD128", fdinfo("panthor", 1, engine("panthor", busy)));
+            if (intel) {
+                tree.file(card + "drm/card0/gt/gt0/rc6_residency_ms",
+                          std::to_string(9000 - busy) + "\n");
+            }
+        };
+        set(1000);
+        DrmGPUSource source(tree.roots());
+        const auto first = source.read(glance(10)).accelerators.at(0);
+        EXPECT_FALSE(first.measured);
+        EXPECT_DOUBLE_EQ(*first.statistics->device, 0);
+        set(intel ? 900 : 1100);  // 40 % of 250 ms, or idle for 100 of them
+        const auto second = source.read(glance(10.25)).accelerators.at(0);
+        EXPECT_TRUE(second.measured);
+        EXPECT_NEAR(*second.statistics->device, intel ? 60 : 40, 1e-6);
+        const auto third = source.read(look(10.251)).accelerators.at(0);
+        EXPECT_NEAR(*third.statistics->device, intel ? 60 : 40, 1e-6)
+            << "measured over a millisecond, because the popover opened";
+    }
+}
+
+// Not a load of 0, and not a machine without a GPU: nobody could look.
+TEST(DrmGPUSourceTest, WhatCannotBeReadIsSaid) {
+    GPUTree tree;
+    tree.add({.device = "0000:00:02.0", .driver = "panthor"});
+    DrmGPUSource source(tree.roots());
+    EXPECT_TRUE(source.read(glance(0)).accelerators.at(0).statistics);
+    EXPECT_EQ(source.health.error(), "");
+    std::filesystem::rename(tree.root / "proc", tree.root / "elsewhere");
+    EXPECT_FALSE(source.read(glance(6)).accelerators.at(0).statistics);
+    EXPECT_EQ(source.health.error(),
+              "cannot read " + (tree.root / "proc").string() + ": No such file or directory");
+    std::filesystem::rename(tree.root / "elsewhere", tree.root / "proc");
+    EXPECT_TRUE(source.read(glance(12)).accelerators.at(0).statistics);
+    EXPECT_EQ(source.health.error(), "");
+    EXPECT_NE(source.health.lastError(), "");
+    std::filesystem::remove_all(tree.root / "sys/class/drm");
+    tree.file("sys/class/drm", "");
+    EXPECT_TRUE(source.read(glance(40)).accelerators.empty());
+    EXPECT_EQ(source.health.error(),
+              "cannot read " + (tree.root / "sys/class/drm").string() + ": Not a directory");
 }
 
 // A process that opens a device late is found; a descriptor that now is something else is dropped.

@@ -105,9 +105,16 @@ TEST_F(ProcStatTreeTest, KindsFromCapacity) {
 TEST_F(ProcStatTreeTest, AMissingFileIsNoReadingAndLaterOneIs) {
     ProcStatSource source(roots);
     EXPECT_TRUE(source.ticks().empty());
+    const std::string why = "cannot read " + roots.proc + "/stat: No such file or directory";
+    EXPECT_EQ(source.health.error(), why);
     EXPECT_EQ(source.activeProcessorCount(), 1);
     writeStat({0});
     EXPECT_EQ(source.ticks().size(), 4u);
+    EXPECT_EQ(source.health.error(), "");
+    EXPECT_EQ(source.health.lastError(), why);
+    tree.write("proc/stat", "intr 1 2 3\n");
+    EXPECT_TRUE(source.ticks().empty());
+    EXPECT_EQ(source.health.error(), roots.proc + "/stat names no processors");
 }
 
 }  // namespace

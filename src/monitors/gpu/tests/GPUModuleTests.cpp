@@ -34,13 +34,18 @@ GPUAccelerator card(const std::string& name, std::optional<double> percent, doub
 
 class FakeGPU : public GPUSource {
   public:
-    bool isSlow(const GPURequest&) override { return slow; }
+    bool isSlow(const GPURequest&) override {
+        overlaps += inside ? 1 : 0;
+        return slow;
+    }
     GPUReading read(const GPURequest& request) override {
+        overlaps += inside.exchange(true) ? 1 : 0;
         while (slow && hangs) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         detailed = request.detailed;
         interval = request.interval;
+        inside = false;
         return {.at = request.now, .detailed = request.detailed, .accelerators = cards};
     }
     // As processes use it: milliseconds of GPU time since the beginning.
@@ -56,6 +61,8 @@ class FakeGPU : public GPUSource {
     std::vector<GPUAccelerator> cards{card("Radeon", 25)};
     std::atomic<bool> slow = false;
     std::atomic<bool> hangs = true;
+    std::atomic<bool> inside = false;
+    std::atomic<int> overlaps = 0;
     bool detailed = false;
     double interval = 0;
 };
@@ -92,7 +99,8 @@ class GPUModuleTest : public testing::Test {
         sampler = std::make_unique<ProcessSampler>(background, *list, *clock, icons);
         context.emplace(AppContext{platform, background, *scheduler, store, center, global, bar,
                                    nullptr, [](const QString&) {}, [] {}});
-        module = std::make_unique<GPUModule>(*context, settings, *sampler);
+        graphics.emplace(platform.gpu);
+        module = std::make_unique<GPUModule>(*context, settings, *sampler, *graphics);
         module->onImageChanged = [this] { ++images; };
         module->startEmbedded();
     }
@@ -143,6 +151,7 @@ class GPUModuleTest : public testing::Test {
     OffscreenBar bar{order};
     std::unique_ptr<ProcessSampler> sampler;
     std::optional<AppContext> context;
+    std::optional<GPUSampler> graphics;
     std::unique_ptr<GPUModule> module;
     int images = 0;
 };
@@ -272,6 +281,27 @@ TEST_F(GPUModuleTest, ResidencyReplacesTheUtilization) {
     EXPECT_DOUBLE_EQ(module->viewModel().stats.value().renderer, 0.2);
 }
 
+// The second reading comes by itself, however long the interval is.
+TEST_F(GPUModuleTest, TheFirstFigureIsMeasured) {
+    settings.intervalOverride = 60.0;
+    gpu->cards[0].measured = false;
+    GPUModule item(*context, settings, *sampler, *graphics);
+    clock->now += 1;
+    item.start();
+    EXPECT_EQ(item.valueText(), QStringLiteral("GPU —"));
+    EXPECT_TRUE(item.statusValues()[QStringLiteral("utilization")].isNull());
+    EXPECT_FALSE(item.isReady());
+    gpu->cards = {card("Radeon", 60)};
+    clock->now += 0.25;
+    QElapsedTimer timer;
+    timer.start();
+    while (bar.text().isEmpty() && timer.elapsed() < 10'000) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    EXPECT_EQ(bar.text(), QStringLiteral("GPU 60 %"));
+    item.stop();
+}
+
 TEST_F(GPUModuleTest, AnImageForAChangeOnly) {
     const int before = images;
     after(1);
@@ -293,6 +323,42 @@ TEST_F(GPUModuleTest, ASourceThatHangsHoldsNothingUp) {
     EXPECT_DOUBLE_EQ(history.back(), 0.25);
 }
 
+// The item and the GPU part of the combined item, in one process with one driver.
+TEST_F(GPUModuleTest, TwoItemsOnOneSource) {
+    GPUModule part(*context, settings, *sampler, *graphics);
+    gpu->slow = true;
+    gpu->hangs = false;
+    part.startEmbedded();
+    for (int round = 0; round < 200; ++round) {
+        after(0.25);
+        part.tick();
+        if (round % 40 == 20) {
+            part.stopEmbedded();
+            part.startEmbedded();
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(round % 5 * 200));
+    }
+    EXPECT_EQ(gpu->overlaps, 0);
+    EXPECT_EQ(part.valueText(), QStringLiteral("GPU 25 %"));
+    EXPECT_EQ(module->valueText(), part.valueText());
+
+    // Off while the driver hangs: at once, however often; on again: not a second time into it.
+    gpu->hangs = true;
+    after(0.25);
+    after(0.25);
+    qint64 quickest = 1000;  // ms
+    for (int round = 0; round < 5; ++round) {
+        part.startEmbedded();
+        part.tick();
+        QElapsedTimer timer;
+        timer.start();
+        part.stopEmbedded();
+        quickest = std::min(quickest, timer.elapsed());
+    }
+    EXPECT_LT(quickest, 100) << "the main thread waits for the driver";
+    EXPECT_EQ(gpu->overlaps, 0);
+}
+
 TEST_F(GPUModuleTest, PopoverFollowsTheMachine) {
     gpu->cards = {card("Radeon", 62.6)};
     module->detailPopoverWillShow();
@@ -308,7 +374,10 @@ TEST_F(GPUModuleTest, PopoverFollowsTheMachine) {
     };
     EXPECT_EQ(texts(),
               "GPU 63%Radeon|GPU utilisation, history|Renderer 20%|Tiler 10%|"
-              "In use 1.5\u2009KB|TOP APPS|No GPU activity");
+              "In use 1.5\u2009KB|TOP APPS|Sampling…")
+        << "nobody can know yet";
+    after(1);
+    EXPECT_NE(texts().find("TOP APPS|No GPU activity"), std::string::npos) << texts();
     GPUAccelerator sleeper = card("Arc", 0, 0);
     sleeper.asleep = true;
     gpu->cards.push_back(sleeper);
@@ -318,6 +387,16 @@ TEST_F(GPUModuleTest, PopoverFollowsTheMachine) {
     gpu->cards.clear();
     after(1);
     EXPECT_EQ(texts(), "GPU |No GPU found");
+    gpu->health.failed("cannot read /sys/class/drm: Permission denied");
+    after(1);
+    EXPECT_EQ(texts(), "GPU |Cannot read /sys/class/drm: Permission denied.");
+    EXPECT_EQ(module->valueText(),
+              QStringLiteral("GPU — (cannot read /sys/class/drm: Permission denied)"));
+    gpu->cards = {card("Mute", {})};
+    gpu->health.succeeded();
+    after(1);
+    EXPECT_EQ(texts().find("GPU —Mute"), 0u) << texts();
+    EXPECT_EQ(texts().find('%'), std::string::npos) << texts();
 }
 
 }  // namespace
