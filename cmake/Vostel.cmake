@@ -47,6 +47,28 @@ set(VOSTEL_TEST_ENVIRONMENT QT_LOGGING_RULES=qt.qpa.*=false
     LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/scripts/sanitizers/leaks.txt:print_suppressions=0
     TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/scripts/sanitizers/threads.txt)
 
+# With VOSTEL_PCH the standard library, Qt and GoogleTest are compiled once for all targets that use Qt. Not
+# for the builds that people work in: it would hide a missing include.
+macro(vostel_precompile)
+    if(VOSTEL_PCH)
+        # ccache keeps what is compiled with such a header only when told so.
+        set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros
+            ${CMAKE_CXX_COMPILER_LAUNCHER})
+        add_library(vostel_precompiled OBJECT ${CMAKE_SOURCE_DIR}/cmake/Precompiled.cpp)
+        target_link_libraries(vostel_precompiled PRIVATE vostel_options Qt6::Widgets Qt6::DBus Qt6::Test
+            GTest::gtest)
+        target_precompile_headers(vostel_precompiled PRIVATE ${CMAKE_SOURCE_DIR}/cmake/Precompiled.h)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+            add_compile_options(-Xclang -fno-pch-timestamp)
+        endif()
+    endif()
+endmacro()
+function(vostel_use_precompiled name)
+    if(VOSTEL_PCH)
+        target_precompile_headers(${name} REUSE_FROM vostel_precompiled)
+    endif()
+endfunction()
+
 # vostel_library(<name> SOURCES a.cpp ... LINK targets ... [MOC])
 # MOC: the folder declares QObjects.
 function(vostel_library name)
@@ -55,17 +77,25 @@ function(vostel_library name)
     target_link_libraries(${name} PUBLIC vostel_options ${ARG_LINK})
     if(ARG_MOC)
         set_target_properties(${name} PROPERTIES AUTOMOC ON)
+        vostel_use_precompiled(${name})
     endif()
 endfunction()
 
-# vostel_test(<name> SOURCES tests/XTests.cpp ... LINK targets ... [QT] [TIMEOUT seconds])
+# Every test runs through this: it fails the test that leaves processes or files behind.
+set(VOSTEL_LEAVE_NOTHING ${CMAKE_SOURCE_DIR}/scripts/leave-nothing.sh)
+# Everything that the label "threads" stands for.
+add_custom_target(thread_tests)
+
+# vostel_test(<name> SOURCES tests/XTests.cpp ... LINK targets ... [QT] [THREADS] [ROOT] [TIMEOUT seconds])
+# THREADS: what is tested has threads of its own; label "threads", run with the thread sanitizer, too.
+# ROOT: needs to be root; label "root".
 # QT: the test makes its own QApplication; it runs on the off-screen platform.
 # FIXTURES (a macro in the test) is the folder tests/fixtures beside the CMakeLists.txt.
 function(vostel_test name)
     if(NOT VOSTEL_TESTS)
         return()
     endif()
-    cmake_parse_arguments(ARG "QT" "TIMEOUT" "SOURCES;LINK" ${ARGN})
+    cmake_parse_arguments(ARG "QT;THREADS;ROOT" "TIMEOUT" "SOURCES;LINK" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 60)
     endif()
@@ -76,10 +106,18 @@ function(vostel_test name)
     if(ARG_QT)
         target_sources(${name} PRIVATE ${CMAKE_SOURCE_DIR}/cmake/QtTestMain.cpp)
         target_link_libraries(${name} PRIVATE vostel_options ${ARG_LINK} GTest::gtest Qt6::Widgets)
+        vostel_use_precompiled(${name})
     else()
         target_link_libraries(${name} PRIVATE vostel_options ${ARG_LINK} GTest::gtest_main)
     endif()
-    add_test(NAME ${name} COMMAND ${name})
+    add_test(NAME ${name} COMMAND ${VOSTEL_LEAVE_NOTHING} $<TARGET_FILE:${name}>)
+    if(ARG_THREADS)
+        set_property(TEST ${name} APPEND PROPERTY LABELS threads)
+        add_dependencies(thread_tests ${name})
+    endif()
+    if(ARG_ROOT)
+        set_property(TEST ${name} APPEND PROPERTY LABELS root)
+    endif()
     set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT}
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${VOSTEL_TEST_ENVIRONMENT}")
 endfunction()

@@ -114,7 +114,7 @@ install_missing() {
     [ -z "$missing" ] || fail "$PACKAGE_MANAGER says that it is done, but these are not there: $missing"
 }
 
-# prepare KIND...: KIND is BUILD, RUN or TEST. VOSTEL_INSTALL=no: the packages are the user's affair.
+# prepare KIND...: KIND is BUILD, RUN, TEST or CI. VOSTEL_INSTALL=no: the packages are the user's affair.
 prepare() {
     [ "${VOSTEL_INSTALL:-yes}" != no ] || return 0
     find_package_manager
@@ -137,7 +137,7 @@ is_configured() {
     [ -f "$root/build/$1/build.ninja" ] && [ "$home" -ef "$root" ]
 }
 
-# build PRESET: configures once, then builds what changed.
+# build PRESET [TARGET]: configures once, then builds what changed; everything, when no target is named.
 build() {
     for tool in cmake ninja c++; do
         command -v $tool >/dev/null 2>&1 ||
@@ -157,5 +157,5 @@ build() {
         }
     fi
     say "building build/$1"
-    cmake --build "$root/build/$1" >&2 || fail "the build failed; see above"
+    cmake --build "$root/build/$1" ${2:+--target "$2"} >&2 || fail "the build failed; see above"
 }

@@ -1,7 +1,9 @@
 # What the build, the program and the tests need, per package manager. Sourced by run.sh, test.sh
-# and .ci/run. Sets PACKAGES_BUILD, PACKAGES_RUN and PACKAGES_TEST to lists of package names, and
-# PACKAGES_PACKAGE to what making a Debian package needs besides.
+# and .ci/run. Sets PACKAGES_BUILD, PACKAGES_RUN and PACKAGES_TEST to lists of package names,
+# PACKAGES_PACKAGE to what making a Debian package needs besides, and PACKAGES_CI to what .ci/run needs
+# besides, which runs on Debian only.
 # make is what the compiler's last optimisation at link time runs its jobs with.
+PACKAGES_CI=
 
 case "${PACKAGE_MANAGER:-}" in
     apt)  # tried on bare Debian 12 and 13 (scripts/try-on-debian.sh)
@@ -10,7 +12,8 @@ case "${PACKAGE_MANAGER:-}" in
         PACKAGES_RUN="qt6-wayland fonts-dejavu-core"
         PACKAGES_PACKAGE="dpkg-dev file"
         PACKAGES_TEST="libgtest-dev xvfb openbox xdotool x11-utils x11-xserver-utils dbus iproute2 procps \
-            libglib2.0-bin openssl libcap2-bin"
+            libglib2.0-bin openssl libcap2-bin clang-format-19 git"
+        PACKAGES_CI="clang-19 libclang-rt-19-dev clang-tidy-19 libbenchmark-dev"
         ;;
     dnf)  # untried: names as Fedora lists them
         PACKAGES_BUILD="gcc-c++ cmake ninja-build make pkgconf-pkg-config qt6-qtbase-devel qt6-qtsvg-devel \

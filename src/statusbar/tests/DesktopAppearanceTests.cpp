@@ -6,8 +6,8 @@
 #include <QDBusConnection>
 #include <QDBusVariant>
 #include <QElapsedTimer>
-#include <QProcess>
 
+#include "PrivateBus.h"
 #include "statusbar/DesktopAppearance.h"
 
 using namespace vostel;
@@ -53,14 +53,10 @@ class Portal : public QObject {
 }  // namespace
 
 TEST(DesktopAppearance, asksThePortalOnceAndListens) {
-    QProcess daemon;
-    daemon.start(QStringLiteral("dbus-daemon"),
-                 {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                  QStringLiteral("--print-address")});
-    ASSERT_TRUE(daemon.waitForReadyRead(10000)) << "dbus-daemon does not start";
-    const QByteArray address = daemon.readLine().trimmed();
-    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
-    Portal portal(QString::fromUtf8(address));
+    PrivateBus daemon;
+    ASSERT_FALSE(daemon.address().isEmpty()) << "dbus-daemon does not start";
+    qputenv("DBUS_SESSION_BUS_ADDRESS", daemon.address().toLocal8Bit());
+    Portal portal(daemon.address());
     DesktopAppearance appearance(QDBusConnection::sessionBus());
     EXPECT_EQ(appearance.orPalette(), Appearance::Light);  // the palette's, while nobody answered
     EXPECT_TRUE(until([&] { return appearance.orPalette() == Appearance::Dark; }));
@@ -76,8 +72,6 @@ TEST(DesktopAppearance, asksThePortalOnceAndListens) {
     say("org.freedesktop.appearance", "color-scheme", 2);
     EXPECT_TRUE(until([&] { return appearance.orPalette() == Appearance::Light; }));
     EXPECT_EQ(changes, 1);
-    daemon.kill();
-    daemon.waitForFinished();
 }
 
 TEST(DesktopAppearance, understandsThePortal) {

@@ -16,10 +16,15 @@
 using namespace vostel;
 
 PrivateBus::PrivateBus() {
+    // Its socket and its folder of services lie in a folder that goes with the object.
+    QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
+    variables.insert(QStringLiteral("XDG_RUNTIME_DIR"), folder.path());
+    daemon.setProcessEnvironment(variables);
     daemon.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
-    daemon.start(QStringLiteral("dbus-daemon"),
-                 {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                  QStringLiteral("--nopidfile"), QStringLiteral("--print-address")});
+    daemon.start(
+        QStringLiteral("dbus-daemon"),
+        {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
+         QStringLiteral("--print-address"), QStringLiteral("--address=unix:dir=") + folder.path()});
     while (!where.endsWith(QLatin1Char('\n')) && daemon.waitForReadyRead(10000)) {
         where += QString::fromLocal8Bit(daemon.readAllStandardOutput());
     }

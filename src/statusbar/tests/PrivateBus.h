@@ -5,6 +5,7 @@
 #include <QDBusConnection>
 #include <QProcess>
 #include <QStringList>
+#include <QTemporaryDir>
 
 // A message bus of the test's own; it ends with the object.
 class PrivateBus {
@@ -16,6 +17,7 @@ class PrivateBus {
     void freeze();
 
   private:
+    QTemporaryDir folder;
     QProcess daemon;
     QString where;
 };

@@ -9,6 +9,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QThread>
 
 #include "statusbar/X11Reply.h"
@@ -24,13 +25,17 @@ constexpr int limit = 10000;  // ms before something counts as never happening
     std::_Exit(1);
 }
 
+// Politely: an X server that is killed leaves its socket and its lock in /tmp.
 void endWithParent(QProcess& process) {
-    process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
+    process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
 }
 
 void end(QProcess& process) {
-    process.kill();
-    process.waitForFinished();
+    process.terminate();
+    if (!process.waitForFinished(limit)) {
+        process.kill();
+        process.waitForFinished();
+    }
 }
 
 }  // namespace
@@ -65,6 +70,9 @@ XServer::~XServer() {
     xcb_disconnect(connection);
     end(manager);
     end(server);
+    const QString lock =
+        QStringLiteral("/tmp/.X%1-lock").arg(qEnvironmentVariable("DISPLAY").mid(1));
+    if (QFile::exists(lock)) fail(QStringLiteral("Xvfb left ") + lock);
 }
 
 QString XServer::run(const QString& program, const QStringList& arguments, int tries) {

@@ -58,7 +58,7 @@ constexpr const char* twoBlocks =
 
 TEST_F(ProcessNetMonitorTest, DeliversNamedRatesOnTheOwnersThread) {
     ProcessNetMonitor::Parts parts;
-    parts.helper = script("echo \"$@\" > " + file("arguments") + "\n" + twoBlocks + "sleep 100\n");
+    parts.helper = script("echo \"$@\" > " + file("arguments") + "\n" + twoBlocks + "exec sleep 100\n");
     const auto owner = std::this_thread::get_id();
     std::thread::id namer;
     std::thread::id painter;
@@ -216,7 +216,7 @@ TEST_F(ProcessNetMonitorTest, StopEndsAndReapsWhateverTheHelperDoes) {
 
 TEST_F(ProcessNetMonitorTest, TheCallbackMayDestroyTheMonitor) {
     ProcessNetMonitor::Parts parts;
-    parts.helper = script(std::string(twoBlocks) + "sleep 100\n");
+    parts.helper = script(std::string(twoBlocks) + "exec sleep 100\n");
     auto made = monitor(parts);
     bool called = false;
     made->onUsage = [&](const std::vector<AppUsage>&) {
