@@ -9,6 +9,7 @@
 #include "core/DefaultsStore.h"
 #include "core/GlobalSettings.h"
 #include "monitors/gpu/GPUModule.h"
+#include "monitors/gpu/GPUSampler.h"
 #include "monitors/gpu/GPUMonitor.h"
 #include "platform/Platform.h"
 #include "platform/linux/DrmGPUSource.h"
@@ -173,7 +174,8 @@ void moduleTick(benchmark::State& state) {
     OffscreenBar bar(order);
     AppContext context{platform, background, scheduler, store, center,
                        global,   bar,        nullptr,   {},    {}};
-    GPUModule module(context, settings, processes);
+    GPUSampler sampler(platform.gpu);
+    GPUModule module(context, settings, processes, sampler);
     module.start();
     if (state.range(0) != 0) {
         module.detailPopover();
