@@ -6,7 +6,7 @@
 nettop=$1 packaging=$2
 checks=0 faults=0
 check() { checks=$((checks + 1)); "${@:2}" || { echo "$1"; faults=$((faults + 1)); }; }
-work=$(mktemp -d)
+work=$(mktemp -d /tmp/vostel-capabilities.XXXXXX)  # where every user gets to
 trap 'rm -rf "$work"' EXIT
 chmod 755 "$work"
 folder=$work/usr/libexec/vostel

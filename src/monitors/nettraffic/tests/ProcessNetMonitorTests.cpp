@@ -131,7 +131,7 @@ TEST_F(ProcessNetMonitorTest, ReplacesAHelperThatHangs) {
         ProcessNetMonitor::Parts parts;
         // The first one hangs, the next one works.
         parts.helper = script("echo $$ >> " + file("pids") + "\nif [ $(wc -l < " + file("pids") +
-                              ") = 1 ]; then\n" + row.body + "fi\n" + live + "sleep 600\n");
+                              ") = 1 ]; then\n" + row.body + "fi\n" + live + "exec sleep 600\n");
         parts.silenceSeconds = 2.5;
         parts.restartSeconds = 0.2;
         results.clear();
