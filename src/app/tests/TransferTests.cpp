@@ -301,6 +301,14 @@ TEST_F(TransferTest, ImportsRightAfterEachOther) {
     EXPECT_TRUE(waitUntil([&] { return descriptors() <= before; }))
         << descriptors() << " " << before;
 
+    // Also while the program is still starting again.
+    for (const QByteArray& bytes : {second, first, second, first}) {
+        put(file, bytes);
+        EXPECT_EQ(import().said, QString());
+    }
+    EXPECT_TRUE(waitUntil([&] { return home.running().size() == 1 && isReachable(); }));
+    EXPECT_EQ(exportedNow(), first);
+
     // At the same time: one program is left, with the settings of one of them.
     Program one(home, {QStringLiteral("import"), QStringLiteral("--yes"), file}, environment);
     Program two(home, {QStringLiteral("import"), QStringLiteral("--yes"), file}, environment);
