@@ -1,5 +1,7 @@
 #include "app/AppDelegate.h"
 
+#include <unistd.h>
+
 #include <chrono>
 
 #include <QCoreApplication>
@@ -9,6 +11,7 @@
 #include "app/ModuleTable.h"
 #include "app/settings/SettingsSidebar.h"
 #include "core/GiveBack.h"
+#include "platform/LineOutput.h"
 
 namespace vostel {
 
@@ -59,8 +62,9 @@ void AppDelegate::didFinishLaunching() {
     settingsChanged();
     services.updates->start();
     LoginItem::ofThisProgram().repair();
-    if (services.isFirstRun) {
-        showSettings();
+    if (services.isFirstRun && !showSettings()) {
+        writeLine(STDOUT_FILENO,
+                  "The settings are in " + services.defaults.filePath().toStdString());
     }
     QTimer::singleShot(startIsOver, this, [this] { giveBackMemory(services.background); });
 }
@@ -79,8 +83,11 @@ void AppDelegate::settingsChanged() {
     }
 }
 
-void AppDelegate::showSettings(const QString& panel) {
-    settingsWindow.show(panel);
+bool AppDelegate::showSettings(const QString& panel) {
+    if (hasDisplay) {
+        settingsWindow.show(panel);
+    }
+    return hasDisplay;
 }
 
 void AppDelegate::willTerminate() {

@@ -29,8 +29,12 @@ class AppDelegate : public QObject {
     // Stops every module once and writes the settings.
     void willTerminate();
 
-    // Opens the settings window, at a module's page or at the first one.
-    void showSettings(const QString& panel = {});
+    // Opens the settings window, at a module's page or at the first one. False where nobody would
+    // see it.
+    bool showSettings(const QString& panel = {});
+
+    // Whether there is a display for windows; to be set before the launch is finished.
+    bool hasDisplay = true;
 
     AppServices& services;
     AppContext context;

@@ -1,17 +1,17 @@
 #include "app/BarSwitch.h"
 
-#include <chrono>
-#include <cstdio>
+#include <unistd.h>
 
-#include <QDBusConnection>
+#include <chrono>
+#include <utility>
+
 #include <QFile>
 #include <QTimer>
 
 #include "core/Log.h"
+#include "platform/LineOutput.h"
 #include "statusbar/DockBar.h"
 #include "statusbar/OffscreenBar.h"
-#include "statusbar/TrayBar.h"
-#include "statusbar/TrayProbe.h"
 
 namespace vostel {
 
@@ -21,27 +21,30 @@ using namespace std::chrono_literals;
 
 constexpr auto hostSettles = 2s;
 
-std::unique_ptr<StatusBar> makeOffscreenBar(const CommandLine& commandLine, ItemOrderStore& order) {
+std::unique_ptr<OffscreenBar> makeOffscreenBar(const CommandLine& commandLine,
+                                               ItemOrderStore& order) {
     OffscreenBarOptions options;
     options.imagePath = commandLine.imagePath.isEmpty()
                             ? runtimeFolder() + QStringLiteral("/vostel-bar.png")
                             : commandLine.imagePath;
-    options.text = stdout;
-    std::printf("The bar is drawn into %s\n", QFile::encodeName(options.imagePath).constData());
-    std::fflush(stdout);
+    options.text = STDOUT_FILENO;
+    writeLine(options.text,
+              "The bar is drawn into " + QFile::encodeName(options.imagePath).toStdString());
     return std::make_unique<OffscreenBar>(order, options);
 }
 
 }  // namespace
 
 BarSwitch::BarSwitch(const CommandLine& asked, Display foundDisplay, AppServices& appServices,
-                     ItemOrderStore& orderStore)
+                     ItemOrderStore& orderStore, const BusLink& sessionBus)
     : commandLine(asked),
       display(foundDisplay),
       services(appServices),
       order(orderStore),
+      session(sessionBus),
       storedKind(services.app.bar()) {
-    open(wanted());
+    open();
+    connect(&session, &BusLink::opened, this, &BarSwitch::watchForTray);
     watchForTray();
     subscription = services.notifications.subscribe(AppSettings::changeNotification,
                                                     [this] { settingsChanged(); });
@@ -64,56 +67,90 @@ BarKind BarSwitch::wanted() const {
 // At the start of a session this program may come before the panel: with the automatic choice a
 // tray that keeps wide images takes over from the dock bar when it appears.
 void BarSwitch::watchForTray() {
-    if (display == Display::None || !QDBusConnection::sessionBus().isConnected()) {
+    if (display == Display::None || !session.isOpen()) {
         return;
     }
-    trayWatch =
-        std::make_unique<QDBusServiceWatcher>(trayWatcherService, QDBusConnection::sessionBus(),
-                                              QDBusServiceWatcher::WatchForRegistration);
+    trayWatch = std::make_unique<QDBusServiceWatcher>(trayWatcherService, session.bus(),
+                                                      QDBusServiceWatcher::WatchForRegistration);
     connect(trayWatch.get(), &QDBusServiceWatcher::serviceRegistered, this, [this] {
         // Hosts report to the watcher a moment after it appeared.
         QTimer::singleShot(hostSettles, this, [this] {
-            probeTray(TrayProbeOptions{.busAddress = {}, .proc = services.platform.roots.proc},
-                      this, [this](const TrayHost& host) {
-                          if (host.keepsWideImages && shown == BarKind::Dock &&
-                              wanted() == BarKind::Automatic) {
-                              replace(BarKind::Automatic);
-                          }
-                      });
+            if (shown == BarKind::Dock && wanted() == BarKind::Automatic) {
+                replace(BarKind::Automatic);
+            }
         });
     });
 }
 
-void BarSwitch::open(BarKind wanted) {
-    BarSurroundings surroundings{display, false, false};
-    TrayHost host;
-    if (display != Display::None && wanted != BarKind::Offscreen) {
-        host = probeTray(TrayProbeOptions{.busAddress = {}, .proc = services.platform.roots.proc});
-        surroundings.hasTrayHost = host.host;
-        surroundings.hostKeepsWideImages = host.keepsWideImages;
-    }
+bool BarSwitch::asksForTray(BarKind wanted) const {
+    return display != Display::None && wanted != BarKind::Offscreen &&
+           !(wanted == BarKind::Dock && display == Display::X11);
+}
+
+BarKind BarSwitch::choose(BarKind wanted, const TrayHost& host) const {
     QString complaint;
-    shown = chooseBar(wanted, surroundings, &complaint);
+    const BarKind kind = chooseBar(wanted, {display, host.host, host.keepsWideImages}, &complaint);
     if (!complaint.isEmpty()) {
-        logLine(QStringLiteral("%1; using the %2 bar").arg(complaint, textOf(shown)));
+        logLine(QStringLiteral("%1; using the %2 bar").arg(complaint, textOf(kind)));
     }
-    if (shown == BarKind::Tray) {
-        TrayBarOptions options;
-        options.host = host;
+    return kind;
+}
+
+// The bar of the start, which waits for the bus, for a limited time.
+void BarSwitch::open() {
+    TrayBarOptions options;
+    if (asksForTray(wanted())) {
+        options.host = probeTray(probeOptions());
+    }
+    BarKind kind = choose(wanted(), options.host);
+    std::unique_ptr<TrayBar> first;
+    if (kind == BarKind::Tray) {
         QString error;
-        bar = TrayBar::make(options, &error);
-        if (bar) {
-            return;
+        first = TrayBar::make(options, &error);
+        if (!first) {
+            logLine(error);
         }
-        logLine(error);
-        shown = BarKind::Dock;
     }
-    if (shown == BarKind::Dock && DockBar::isAvailable()) {
+    shown = possible(kind, first != nullptr);
+    put(std::move(first));
+}
+
+// What there is in place of a tray that could not be made, or of a dock bar without an X server.
+BarKind BarSwitch::possible(BarKind kind, bool hasTray) {
+    if (kind == BarKind::Tray && !hasTray) {
+        kind = BarKind::Dock;
+    }
+    return kind == BarKind::Dock && !DockBar::isAvailable() ? BarKind::Offscreen : kind;
+}
+
+// Opens the kind that is to be shown.
+void BarSwitch::put(std::unique_ptr<TrayBar> tray) {
+    if (shown == BarKind::Tray) {
+        bar = std::move(tray);
+    } else if (shown == BarKind::Dock) {
         bar = std::make_unique<DockBar>(order, services.app.dockBarOptions());
+    } else {
+        auto offscreen = makeOffscreenBar(commandLine, order);
+        connect(offscreen.get(), &OffscreenBar::readerGone, this, &BarSwitch::readerGone);
+        bar = std::move(offscreen);
+    }
+}
+
+void BarSwitch::exchange(BarKind kind, std::unique_ptr<TrayBar> tray) {
+    const BarKind next = possible(kind, tray != nullptr);
+    if (next == shown) {
         return;
     }
-    shown = BarKind::Offscreen;
-    bar = makeOffscreenBar(commandLine, order);
+    if (willSwitch) {
+        willSwitch();
+    }
+    bar.reset();
+    shown = next;
+    put(std::move(tray));
+    if (didSwitch) {
+        didSwitch();
+    }
+    services.notifications.post(AppSettings::changeNotification);
 }
 
 void BarSwitch::settingsChanged() {
@@ -131,18 +168,39 @@ void BarSwitch::settingsChanged() {
 }
 
 void BarSwitch::replace(BarKind wanted) {
-    if (wanted == shown) {
+    const int change = ++changes;
+    if (!asksForTray(wanted)) {
+        exchange(choose(wanted, {}), TrayHost());
         return;
     }
-    if (willSwitch) {
-        willSwitch();
+    probeTray(probeOptions(), this, [this, wanted, change](const TrayHost& host) {
+        if (change == changes) {
+            exchange(choose(wanted, host), host);
+        }
+    });
+}
+
+void BarSwitch::exchange(BarKind kind, const TrayHost& host) {
+    if (kind == shown) {
+        return;
     }
-    bar.reset();
-    open(wanted);
-    if (didSwitch) {
-        didSwitch();
+    if (kind != BarKind::Tray) {
+        exchange(kind, nullptr);
+        return;
     }
-    services.notifications.post(AppSettings::changeNotification);
+    TrayBarOptions options;
+    options.host = host;
+    TrayBar::make(
+        options, this,
+        [this, kind, change = changes](std::unique_ptr<TrayBar> tray, const QString& error) {
+            if (change != changes) {
+                return;
+            }
+            if (!tray) {
+                logLine(error);
+            }
+            exchange(kind, std::move(tray));
+        });
 }
 
 ImageContext imageContextOf(const StatusBar& statusBar) {

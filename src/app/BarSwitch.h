@@ -8,7 +8,10 @@
 #include "app/AppServices.h"
 #include "app/BarChoice.h"
 #include "core/NotificationCenter.h"
+#include "statusbar/BusLink.h"
 #include "statusbar/StatusBar.h"
+#include "statusbar/TrayBar.h"
+#include "statusbar/TrayProbe.h"
 
 namespace vostel {
 
@@ -20,7 +23,7 @@ class BarSwitch : public StatusBar {
   public:
     // Opens the bar that the command line asks for, else the settings. Borrows everything.
     BarSwitch(const CommandLine& commandLine, Display display, AppServices& services,
-              ItemOrderStore& order);
+              ItemOrderStore& order, const BusLink& session);
     ~BarSwitch() override;
 
     std::unique_ptr<StatusItem> makeItem(const QString& autosaveName) override;
@@ -30,14 +33,26 @@ class BarSwitch : public StatusBar {
     BarKind kind() const { return shown; }
     StatusBar& current() const { return *bar; }
 
-    // Called around the change to another kind of bar: no item may be left after the first.
+    // Called around the change to another kind of bar: no item may be left after the first. What
+    // the change depends on is asked without waiting, so it comes a while after the setting.
     std::function<void()> willSwitch;
     std::function<void()> didSwitch;
 
+  Q_SIGNALS:
+    // Who read the off-screen bar's lines is gone for good.
+    void readerGone();
+
   private:
-    void open(BarKind wanted);
+    bool asksForTray(BarKind wanted) const;
+    TrayProbeOptions probeOptions() const { return {{}, services.platform.roots.proc}; }
+    BarKind choose(BarKind wanted, const TrayHost& host) const;
+    void open();
     void settingsChanged();
     void replace(BarKind wanted);
+    void exchange(BarKind kind, const TrayHost& host);
+    void exchange(BarKind kind, std::unique_ptr<TrayBar> tray);
+    static BarKind possible(BarKind kind, bool hasTray);
+    void put(std::unique_ptr<TrayBar> tray);
     BarKind wanted() const;
     void watchForTray();
 
@@ -45,9 +60,11 @@ class BarSwitch : public StatusBar {
     const Display display;
     AppServices& services;
     ItemOrderStore& order;
+    const BusLink& session;
     std::unique_ptr<StatusBar> bar;
     BarKind shown = BarKind::Offscreen;
     QString storedKind;
+    int changes = 0;  // of the wish; an answer to an earlier one counts no more
     std::unique_ptr<QDBusServiceWatcher> trayWatch;
     NotificationCenter::Subscription subscription;
 };

@@ -58,6 +58,8 @@ class Handover {
     Handover(const Handover&) = delete;
     Handover& operator=(const Handover&) = delete;
 
+    // Whether there was a process before this one.
+    bool isHandedOver() const { return channel >= 0; }
     // The descriptor of the instance lock, which becomes the caller's; -1 when there is none.
     int takeLock();
     // Tells the process before this one that it may go, and waits until it has, for a limited time.

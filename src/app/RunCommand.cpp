@@ -1,12 +1,14 @@
 #include "app/RunCommand.h"
 
-#include <unistd.h>
-
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
+#include <utility>
 
 #include <QApplication>
+#include <QFile>
 
 #include "app/AppDelegate.h"
 #include "app/BarSwitch.h"
@@ -16,12 +18,15 @@
 #include "app/SingleInstance.h"
 #include "core/Log.h"
 #include "core/Notifier.h"
+#include "statusbar/BusLink.h"
 #include "statusbar/DockBar.h"
 #include "statusbar/SessionBus.h"
 
 namespace vostel {
 
 namespace {
+
+constexpr std::chrono::seconds patience{2};  // with a running program that does not answer yet
 
 // A lost X server ends the process inside the windowing library; what is not written yet is written
 // on that way out, too.
@@ -83,11 +88,29 @@ void watchSettingsFile(AppDelegate& delegate) {
     });
 }
 
-// A message bus that answers no more can hold the toolkit up for ever. What there was to save is
-// saved by then.
-void endWithin(unsigned seconds) {
-    std::signal(SIGALRM, [](int) { _exit(0); });
-    alarm(seconds);
+// True when this process is to be the one that runs. Else another one does, was asked for its
+// settings window, and the user is told what is so.
+bool becomesTheOne(SingleInstance& instance, int inheritedLock) {
+    bool isFree = false;
+    std::optional<bool> opens;
+    SingleInstance::insist(patience, [&] {
+        isFree = instance.acquire(std::exchange(inheritedLock, -1));
+        if (!isFree) {
+            opens = SingleInstance::askToShowSettings();
+        }
+        return isFree || opens;
+    });
+    if (!isFree) {
+        std::printf("Vostel is already running%s\n",
+                    opens.value_or(false)
+                        ? "; its settings window opens"
+                        : QFile::encodeName(
+                              QStringLiteral("%1; its settings are in %2")
+                                  .arg(opens ? QStringLiteral(" without a display") : QString(),
+                                       settingsFilePath()))
+                              .constData());
+    }
+    return isFree;
 }
 
 }  // namespace
@@ -108,28 +131,31 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
     }
     Relaunch relaunch(programsToStart());
     SingleInstance instance(runtimeFolder());
-    if (!instance.acquire(handover.takeLock())) {
-        const bool asked = SingleInstance::askToShowSettings();
-        std::printf("Vostel is already running%s\n", asked ? "; its settings window opens" : "");
+    if (!becomesTheOne(instance, handover.takeLock())) {
         return 0;
     }
+    const auto session = BusLink::toSessionBus();
     AppServices services(makeLinuxPlatform(SystemRoots::ofThisMachine()), settingsFilePath());
     storeToFlush = &services.defaults;
     std::atexit(flushAtExit);
     int status = 0;
     {
         ItemOrder order(services.defaults, itemNames());
-        BarSwitch bar(commandLine, display, services, order);
+        BarSwitch bar(commandLine, display, services, order, *session);
         AppDelegate delegate(services, bar);
+        delegate.hasDisplay = display != Display::None;
         bar.willSwitch = [&delegate] { delegate.moduleManager->stopAll(); };
         bar.didSwitch = [&delegate] { delegate.moduleManager->loadEnabledModules(); };
-        SignalWatcher signals;
+        if (!handover.isHandedOver()) {
+            QObject::connect(&bar, &BarSwitch::readerGone, &application, &QCoreApplication::quit,
+                             Qt::QueuedConnection);
+        }
+        SignalWatcher signals([&services] { services.defaults.flushFromElsewhere(); });
         QObject::connect(&signals, &SignalWatcher::quitRequested, &application,
                          &QCoreApplication::quit);
         QObject::connect(&application, &QGuiApplication::commitDataRequest, &delegate,
                          [&services] { services.defaults.flush(); });
-        QObject::connect(&instance, &SingleInstance::showSettingsRequested, &delegate,
-                         [&delegate] { delegate.showSettings(); });
+        instance.showSettings = [&delegate] { return delegate.showSettings(); };
         delegate.exchange.relaunch = [&](const Relaunch::Done& done) {
             relaunch.start(instance.lock(), [&instance, done](const auto& error) {
                 done(error);
@@ -147,11 +173,12 @@ int runProgram(const CommandLine& commandLine, int& argc, char** argv) {
             delegate.exchange.import(bytes, std::move(done));
         };
         delegate.didFinishLaunching();
-        instance.listen();
+        instance.listen(*session);
         status = QApplication::exec();
         services.defaults.flush();
-        endWithin(5);
+        endWithinASecond();
         delegate.willTerminate();
+        instance.showSettings = nullptr;
         instance.settings = nullptr;
         instance.takeSettings = nullptr;
     }

@@ -10,7 +10,11 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QElapsedTimer>
 #include <QFile>
+#include <QThread>
 
 #include "core/Log.h"
 
@@ -23,6 +27,20 @@ const QString object = QStringLiteral("/com/vostel/app");
 const QString interface = QStringLiteral("com.vostel.App");
 constexpr int answerMilliseconds = 2000;
 constexpr int relaunchMilliseconds = 60000;
+
+constexpr int silenceMilliseconds = 1000;
+
+// Request-name flags and answers of the D-Bus specification, "Message Bus Messages".
+constexpr uint queued = 0;  // the name comes when a process that is just ending lets go of it
+constexpr uint inQueue = 2;
+
+QDBusMessage busCall(const QString& method, const QVariantList& arguments) {
+    const QString bus = QStringLiteral("org.freedesktop.DBus");
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(bus, QStringLiteral("/org/freedesktop/DBus"), bus, method);
+    call.setArguments(arguments);
+    return call;
+}
 
 QDBusMessage ask(const QString& method, const QVariantList& arguments, int limit) {
     QDBusMessage call = QDBusMessage::createMethodCall(service, object, interface, method);
@@ -81,20 +99,39 @@ void SingleInstance::release() {
     }
 }
 
-void SingleInstance::listen() {
-    if (!QDBusConnection::sessionBus().isConnected()) {
+void SingleInstance::listen(const BusLink& bus) {
+    if (!bus.isOpen()) {
         logLine(QStringLiteral(
             "no D-Bus session bus: no tray, and a second start does not reach this one"));
         return;
     }
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (bus.registerService(service)) {
-        bus.registerObject(object, this, QDBusConnection::ExportScriptableSlots);
-    }
+    link = &bus;
+    connect(link, &BusLink::opened, this, &SingleInstance::takeName);
+    takeName();
+}
+
+// Without waiting: the bus may have come back, and gone again, while the program runs.
+void SingleInstance::takeName() {
+    QDBusConnection bus = link->bus();
+    bus.registerObject(object, this, QDBusConnection::ExportScriptableSlots);
+    auto* pending = new QDBusPendingCallWatcher(
+        bus.asyncCall(busCall(QStringLiteral("RequestName"), {service, queued})), this);
+    connect(pending, &QDBusPendingCallWatcher::finished, this, [pending] {
+        pending->deleteLater();
+        const QDBusPendingReply<uint> reply = *pending;
+        if (!reply.isValid() || reply.value() == inQueue) {
+            logLine(QStringLiteral("the D-Bus name %1 is not to be had: a second start does not "
+                                   "reach this one")
+                        .arg(service));
+        }
+    });
 }
 
 void SingleInstance::fallSilent() {
-    QDBusConnection::sessionBus().unregisterService(service);
+    if (link != nullptr && link->isOpen()) {
+        link->bus().call(busCall(QStringLiteral("ReleaseName"), {service}), QDBus::Block,
+                         silenceMilliseconds);
+    }
 }
 
 QString SingleInstance::ImportSettings(const QByteArray& bytes) {
@@ -108,9 +145,27 @@ QString SingleInstance::ImportSettings(const QByteArray& bytes) {
     return {};
 }
 
-bool SingleInstance::askToShowSettings() {
-    return ask(QStringLiteral("ShowSettings"), {}, answerMilliseconds).type() ==
-           QDBusMessage::ReplyMessage;
+bool SingleInstance::insist(std::chrono::milliseconds patience,
+                            const std::function<bool()>& attempt) {
+    QElapsedTimer waited;
+    waited.start();
+    while (!attempt()) {
+        if (waited.hasExpired(patience.count()) || !QDBusConnection::sessionBus().isConnected()) {
+            return false;
+        }
+        QThread::msleep(100);
+    }
+    return true;
+}
+
+std::optional<bool> SingleInstance::askToShowSettings() {
+    const QDBusMessage answer = ask(QStringLiteral("ShowSettings"), {}, answerMilliseconds);
+    // An earlier version, which does not say.
+    const bool isSilent =
+        answer.type() == QDBusMessage::ReplyMessage && answer.arguments().isEmpty();
+    return isAnswer(answer) ? std::optional(answer.arguments().front().toBool())
+           : isSilent       ? std::optional(true)
+                            : std::nullopt;
 }
 
 std::optional<QByteArray> SingleInstance::askForSettings() {

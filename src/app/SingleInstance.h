@@ -1,11 +1,14 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <optional>
 
 #include <QDBusContext>
 #include <QObject>
 #include <QString>
+
+#include "statusbar/BusLink.h"
 
 namespace vostel {
 
@@ -27,36 +30,44 @@ class SingleInstance : public QObject, protected QDBusContext {
     // The lock's descriptor, for a process that takes over; -1 when there is none.
     int lock() const { return descriptor; }
 
-    // Listens for later starts and commands. Without D-Bus nobody is heard.
-    void listen();
-    // Gives the D-Bus name back; what was answered until then has been sent when this returns.
+    // Listens for later starts and commands, also after the bus was restarted; borrows the link.
+    // Without D-Bus nobody is heard.
+    void listen(const BusLink& bus);
+    // Gives the D-Bus name back; what was answered until then has been sent when this returns, for
+    // which it waits a second at the most. For the end of the program.
     void fallSilent();
 
+    // Calls `attempt` until it is true: whoever holds the lock may be just starting, starting again
+    // or ending, and cannot be asked then. Waits, so it is for commands; not where there is no bus.
+    // False when `patience` ran out.
+    static bool insist(std::chrono::milliseconds patience, const std::function<bool()>& attempt);
+
     // What the running instance is asked. Nothing when it cannot be reached.
-    static bool askToShowSettings();
+    // To open its settings window: whether it does, which it cannot without a display.
+    static std::optional<bool> askToShowSettings();
     static std::optional<QByteArray> askForSettings();  // its settings as an XML property list
     // To take over the settings of a file with these bytes and to start again: the error, or an
     // empty text.
     static std::optional<QString> askToImport(const QByteArray& bytes);
 
     // What answers them.
+    std::function<bool()> showSettings;
     std::function<QByteArray()> settings;
     std::function<void(const QByteArray& bytes, std::function<void(const QString& error)> done)>
         takeSettings;
 
   public Q_SLOTS:
-    Q_SCRIPTABLE void ShowSettings() { Q_EMIT showSettingsRequested(); }
+    Q_SCRIPTABLE bool ShowSettings() { return showSettings && showSettings(); }
     Q_SCRIPTABLE QByteArray ExportSettings() { return settings ? settings() : QByteArray(); }
     Q_SCRIPTABLE QString ImportSettings(const QByteArray& bytes);
 
-  Q_SIGNALS:
-    void showSettingsRequested();
-
   private:
     void release();
+    void takeName();
 
     QString path;
     int descriptor = -1;
+    const BusLink* link = nullptr;
 };
 
 }  // namespace vostel

@@ -3,7 +3,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
+#include <optional>
+#include <utility>
 
 #include <QApplication>
 #include <QFile>
@@ -22,6 +25,7 @@ namespace {
 
 constexpr int failure = 1;
 constexpr int usage = 2;
+constexpr std::chrono::seconds patience{10};  // for a program that starts again
 
 int failed(const QString& why, int status = failure) {
     std::fprintf(stderr, "vostel: %s\n", why.simplified().toLocal8Bit().constData());
@@ -86,17 +90,29 @@ int importIntoFile(PropertyList settings) {
     return 0;
 }
 
-int importIntoRunning(const QByteArray& bytes) {
-    const auto error = SingleInstance::askToImport(bytes);
-    if (!error) {
-        return failed(QStringLiteral(
-            "Vostel is running but cannot be reached over D-Bus; quit it, then import"));
-    }
-    if (!error->isEmpty()) {
-        return failed(*error);
+int reportOfRunning(const QString& error) {
+    if (!error.isEmpty()) {
+        return failed(error);
     }
     std::puts("Settings imported; Vostel has started again with them.");
     return 0;
+}
+
+// Into the running program, which may be just starting again after another import, or into the
+// file where none runs.
+int import(const QByteArray& bytes, PropertyList settings) {
+    std::optional<int> status;
+    SingleInstance::insist(patience, [&] {
+        if (SingleInstance instance(runtimeFolder()); instance.acquire()) {
+            status = importIntoFile(std::move(settings));
+        } else if (const auto error = SingleInstance::askToImport(bytes)) {
+            status = reportOfRunning(*error);
+        }
+        return status.has_value();
+    });
+    return status ? *status
+                  : failed(QStringLiteral("Vostel is running but cannot be reached over D-Bus; "
+                                          "quit it, then import"));
 }
 
 }  // namespace
@@ -154,10 +170,7 @@ int runImport(const CommandLine& commandLine, int& argc, char** argv) {
             return failure;
         }
     }
-    if (SingleInstance instance(runtimeFolder()); instance.acquire()) {
-        return importIntoFile(std::move(*settings.value));
-    }
-    return importIntoRunning(*bytes.value);
+    return import(*bytes.value, std::move(*settings.value));
 }
 
 }  // namespace vostel

@@ -131,6 +131,7 @@ void DefaultsStore::removeLeftovers() {
 
 void DefaultsStore::remove(const QString& key) {
     if (!isExchanged()) {
+        const std::lock_guard lock(listMutex);
         list.remove(key);
         changed();
     }
@@ -138,6 +139,7 @@ void DefaultsStore::remove(const QString& key) {
 
 void DefaultsStore::copyFrom(const PropertyList& other, const QString& key) {
     if (!isExchanged()) {
+        const std::lock_guard lock(listMutex);
         list.copyFrom(other, key);
         changed();
     }
@@ -148,12 +150,15 @@ std::optional<QString> DefaultsStore::exchange(PropertyList replacement) {
         return isExchanged() ? QStringLiteral("The settings are being replaced already.")
                              : QStringLiteral("The settings file %1 cannot be written.").arg(path);
     }
-    PropertyList replaced = std::exchange(list, std::move(replacement));
-    ++generation;
+    const auto put = [this](PropertyList values, int step) {
+        const std::lock_guard lock(listMutex);
+        generation += static_cast<quint64>(step);
+        return std::exchange(list, std::move(values));
+    };
+    PropertyList replaced = put(std::move(replacement), 1);
     const SettingsFile::Written written = writeNow();
     if (written.error) {
-        list = std::move(replaced);
-        --generation;
+        put(std::move(replaced), -1);
         if (written.isForeign) {
             report(written);
             stopForForeignFile();
@@ -168,8 +173,11 @@ std::optional<QString> DefaultsStore::exchange(PropertyList replacement) {
 
 void DefaultsStore::undoExchange() {
     if (isExchanged()) {
-        list = *std::exchange(before, std::nullopt);
-        changed();
+        {
+            const std::lock_guard lock(listMutex);
+            list = *std::exchange(before, std::nullopt);
+            changed();
+        }
         flush();
     }
 }
@@ -215,6 +223,16 @@ bool DefaultsStore::flush() {
     const SettingsFile::Written written = writeNow();
     report(written);
     return !written.error;
+}
+
+void DefaultsStore::flushFromElsewhere() {
+    std::unique_lock lock(listMutex);
+    if (writable) {
+        const QByteArray bytes = list.toXml();
+        const quint64 current = generation;
+        lock.unlock();
+        writer->write(bytes, current);
+    }
 }
 
 SettingsFile::Written DefaultsStore::writeNow() {

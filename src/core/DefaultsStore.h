@@ -53,6 +53,7 @@ class DefaultsStore : public QObject {
     template <typename T>
     void set(const QString& key, const T& value) {
         if (!isExchanged()) {
+            const std::lock_guard lock(listMutex);
             list.set(key, value);
             changed();
         }
@@ -63,6 +64,8 @@ class DefaultsStore : public QObject {
 
     // Writes what is not written yet. False when the file could not be written.
     bool flush();
+    // The same on another thread, for a process that must end while its main thread hangs.
+    void flushFromElsewhere();
 
     // Whether a property list holds a value under the key that its reader takes.
     using Holds = bool (*)(const PropertyList& list, const QString& key);
@@ -108,6 +111,7 @@ class DefaultsStore : public QObject {
     QString path;
     Background* background;
     PropertyList list;
+    std::mutex listMutex;  // for changes, and for a reader on another thread
     QTimer timer;
     QTimer retry;
     std::chrono::milliseconds retryWait{};

@@ -76,6 +76,9 @@ std::unique_ptr<QMenu> ShownItem::makeContextMenu() {
 }
 
 void ShownItem::popUp(std::unique_ptr<QMenu> menu, const StatusItemClick& click) {
+    if (openMenu && openMenu->isVisible()) {
+        return;
+    }
     menu->setAttribute(Qt::WA_DeleteOnClose);
     openMenu = menu.release();
     openMenu->popup(menuPosition(*openMenu, statusItem->screenRect(), click.globalPosition));

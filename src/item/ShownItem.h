@@ -64,6 +64,7 @@ class ShownItem : public QObject {
     virtual void closePopover() = 0;
 
     // Opens a menu of the item where the click was; it goes when it closes or the item leaves.
+    // While one is open, no other one opens.
     void popUp(std::unique_ptr<QMenu> menu, const StatusItemClick& click);
     // Opens the popover beside the item, or where the click was when the host does not tell where
     // the item stands.

@@ -1,8 +1,11 @@
 #include "platform/LogRing.h"
 
-#include <cstdio>
+#include <unistd.h>
+
 #include <deque>
 #include <mutex>
+
+#include "platform/LineOutput.h"
 
 namespace vostel {
 
@@ -24,7 +27,7 @@ Ring& ring() {
 }  // namespace
 
 void writeLogLine(const std::string& line) {
-    std::fprintf(stderr, "[Vostel] %s\n", line.c_str());
+    writeLine(STDERR_FILENO, "[Vostel] " + line);
     const std::lock_guard lock(ring().mutex);
     ring().lines.push_back(line.substr(0, longestLine));
     if (ring().lines.size() > mostLines) {

@@ -2,7 +2,6 @@
 
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QGuiApplication>
 #include <QPalette>
@@ -21,17 +20,22 @@ constexpr uint prefersLight = 2;
 
 }  // namespace
 
-DesktopAppearance::DesktopAppearance(const QDBusConnection& connection) : bus(connection) {
-    if (!bus.isConnected()) {
-        return;
+DesktopAppearance::DesktopAppearance(const BusLink& busLink) : link(busLink) {
+    connect(&link, &BusLink::opened, this, &DesktopAppearance::attach);
+    if (link.isOpen()) {
+        attach();
     }
+}
+
+void DesktopAppearance::attach() {
+    QDBusConnection bus = link.bus();
     // Subscribed without a sender: to resolve a well-known name here would wait for the bus. The
     // arguments are matched by the bus, so that other settings wake nobody.
     bus.connect({}, path, interface, QStringLiteral("SettingChanged"), {group, key}, QString(),
                 this, SLOT(settingChanged(QDBusMessage)));
-    auto* watcher =
-        new QDBusServiceWatcher(service, bus, QDBusServiceWatcher::WatchForRegistration, this);
-    connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &DesktopAppearance::read);
+    watcher = std::make_unique<QDBusServiceWatcher>(service, bus,
+                                                    QDBusServiceWatcher::WatchForRegistration);
+    connect(watcher.get(), &QDBusServiceWatcher::serviceRegistered, this, &DesktopAppearance::read);
     read();
 }
 
@@ -40,7 +44,7 @@ void DesktopAppearance::read() {
         QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
     call.setArguments({group, key});
     call.setAutoStartService(false);
-    auto* pending = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
+    auto* pending = new QDBusPendingCallWatcher(link.bus().asyncCall(call), this);
     connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
         pending->deleteLater();
         const QDBusPendingReply<QDBusVariant> reply = *pending;

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 
-#include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusServiceWatcher>
 #include <QObject>
 #include <QVariant>
 
+#include "statusbar/BusLink.h"
 #include "statusbar/StatusImage.h"
 
 namespace vostel {
@@ -18,7 +20,8 @@ class DesktopAppearance final : public QObject {
     Q_OBJECT
 
   public:
-    explicit DesktopAppearance(const QDBusConnection& bus);
+    // Borrows the link, and follows it when the bus was restarted.
+    explicit DesktopAppearance(const BusLink& bus);
 
     // Empty while the desktop states no preference.
     std::optional<Appearance> stated() const { return portal; }
@@ -37,9 +40,11 @@ class DesktopAppearance final : public QObject {
     void settingChanged(const QDBusMessage& message);
 
   private:
+    void attach();
     void take(std::optional<Appearance> next);
 
-    QDBusConnection bus;
+    const BusLink& link;
+    std::unique_ptr<QDBusServiceWatcher> watcher;
     std::optional<Appearance> portal;
 };
 

@@ -24,6 +24,7 @@ constexpr double leastThickness = 12.0;  // points
 constexpr double mostThickness = 64.0;
 constexpr std::chrono::seconds shownCheckInterval{1};
 constexpr int shownChecks = 20;
+constexpr std::chrono::milliseconds repaintInterval{500};  // where the server stands still
 
 const QNativeInterface::QX11Application* x11() {
     return qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
@@ -37,6 +38,9 @@ DockBar::DockBar(ItemOrderStore& order, const DockBarOptions& options)
     checkTimer.setSingleShot(true);
     checkTimer.setInterval(shownCheckInterval);
     connect(&checkTimer, &QTimer::timeout, this, &DockBar::checkShown);
+    repaintTimer.setSingleShot(true);
+    repaintTimer.setInterval(repaintInterval);
+    connect(&repaintTimer, &QTimer::timeout, this, &DockBar::paintAll);
     watchScreens();
     relocate();
 }
@@ -49,7 +53,7 @@ DockBar::~DockBar() {
 }
 
 bool DockBar::isAvailable() {
-    return x11() != nullptr;
+    return x11() != nullptr && x11()->connection() != nullptr;  // the off-screen one has none
 }
 
 void DockBar::prepareProcess() {
@@ -107,10 +111,12 @@ QScreen* DockBar::chosenScreen() const {
 Appearance DockBar::chosenAppearance() {
     if (choices.appearance != AppearanceChoice::Automatic) {
         desktopAppearance.reset();
+        sessionBus.reset();
         return choices.appearance == AppearanceChoice::Dark ? Appearance::Dark : Appearance::Light;
     }
     if (!desktopAppearance) {
-        desktopAppearance = std::make_unique<DesktopAppearance>(QDBusConnection::sessionBus());
+        sessionBus = BusLink::toSessionBus();
+        desktopAppearance = std::make_unique<DesktopAppearance>(*sessionBus);
         connect(desktopAppearance.get(), &DesktopAppearance::changed, this, &DockBar::relocateSoon);
     }
     return desktopAppearance->orPalette();
@@ -257,7 +263,7 @@ void DockBar::itemResized() {
 }
 
 void DockBar::itemRedrawn(BarItem& item) {
-    if (layoutQueued) return;  // everything is painted soon
+    if (layoutQueued || repaintTimer.isActive()) return;  // everything is painted soon
     if (draggedId >= 0) {
         paintAll();
         return;
@@ -326,8 +332,17 @@ void DockBar::endDrag() {
 
 // ---- painting
 
+bool DockBar::canPaint() {
+    if (!surface || !window->isExposed()) return false;
+    if (!surface->isReady()) {
+        repaintTimer.start();
+        return false;
+    }
+    return true;
+}
+
 void DockBar::paintAll() {
-    if (bar.isEmpty() || !surface || !window->isExposed()) return;
+    if (bar.isEmpty() || !canPaint()) return;
     // The stretch that items stand in goes in one piece, so nothing flickers; the server fills the
     // rest.
     int left = bar.width();
@@ -344,7 +359,7 @@ void DockBar::paintAll() {
 }
 
 void DockBar::paint(const QRect& region) {
-    if (!surface || !window->isExposed()) return;
+    if (!canPaint()) return;
     std::vector<BarPicture> shown = pictures(placedCells(), bar.height());
     for (BarPicture& picture : shown) {
         picture.highlighted = picture.id == highlightedId || picture.id == draggedId;

@@ -12,6 +12,7 @@ class QScreen;
 
 namespace vostel {
 
+class BusLink;
 class DesktopAppearance;
 class DockWindow;
 class FullScreenWatch;
@@ -80,6 +81,7 @@ class DockBar final : public ItemBar, private DockPointer::Target {
 
     const std::vector<BarCell>& placedCells();
     BarCell cellOf(const BarItem& item);
+    bool canPaint();
     void paintAll();
     void paint(const QRect& region);
 
@@ -96,12 +98,14 @@ class DockBar final : public ItemBar, private DockPointer::Target {
     bool relocateQueued = false;
     QTimer checkTimer;
     int checksLeft = 0;
+    QTimer repaintTimer;  // runs while the server does not take what is drawn
     int highlightedId = -1;
     int draggedId = -1;
     int draggedLeft = 0;
 
-    std::unique_ptr<DockWindow> window;                    // null without an X server
-    std::unique_ptr<DesktopAppearance> desktopAppearance;  // while the choice is automatic
+    std::unique_ptr<DockWindow> window;   // null without an X server
+    std::unique_ptr<BusLink> sessionBus;  // both while the choice is automatic
+    std::unique_ptr<DesktopAppearance> desktopAppearance;
     std::unique_ptr<X11Desktop> desktop;
     std::unique_ptr<X11Surface> surface;
     std::unique_ptr<FullScreenWatch> fullScreen;

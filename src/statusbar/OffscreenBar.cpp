@@ -1,11 +1,15 @@
 #include "statusbar/OffscreenBar.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <utility>
 
 #include <QPointer>
 
+#include "platform/LineOutput.h"
 #include "statusbar/ImageFile.h"
 
 namespace vostel {
@@ -121,18 +125,20 @@ void OffscreenBar::itemTextChanged(BarItem&) {}
 void OffscreenBar::itemRemoved(BarItem&) {}
 
 void OffscreenBar::itemReported() {
-    if (choices.text) wakeIn(textTimer, lastText, choices.textInterval);
+    if (choices.text >= 0) wakeIn(textTimer, lastText, choices.textInterval);
 }
 
 void OffscreenBar::printLine() {
     lastText.start();
     const QString line = text();
-    if (!choices.text || line.isEmpty()) return;
+    if (choices.text < 0 || line.isEmpty()) return;
     const QTime time = choices.now ? choices.now() : QTime::currentTime();
     const QByteArray bytes =
-        (time.toString(QStringLiteral("HH:mm:ss")) + QStringLiteral("  ") + line + u'\n').toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), choices.text);
-    std::fflush(choices.text);
+        (time.toString(QStringLiteral("HH:mm:ss")) + QStringLiteral("  ") + line).toUtf8();
+    if (writeLine(choices.text, bytes.toStdString()) == LineOutput::Closed) {
+        choices.text = -1;
+        Q_EMIT readerGone();
+    }
 }
 
 void OffscreenBar::writeImage() {
@@ -147,8 +153,8 @@ void OffscreenBar::writeImage() {
         written = next;
         complained = false;
     } else if (!std::exchange(complained, true)) {
-        std::fprintf(stderr, "vostel: cannot write the bar's image to %s\n",
-                     qUtf8Printable(choices.imagePath));
+        writeLine(STDERR_FILENO,
+                  "vostel: cannot write the bar's image to " + choices.imagePath.toStdString());
     }
 }
 

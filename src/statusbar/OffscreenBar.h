@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdio>
 #include <functional>
 
 #include <QElapsedTimer>
@@ -16,15 +15,16 @@ struct OffscreenBarOptions {
     double scale = 1.0;
     double thickness = 22.0;  // points
     Appearance appearance = Appearance::Dark;
-    QString imagePath;          // PNG; empty: no image is written
-    std::FILE* text = nullptr;  // borrowed; null: no lines are printed
-    int imageInterval = 1000;   // ms between two images, at least
-    int textInterval = 1000;    // ms between two lines, at least; 0: one for each turn of the event
-                                // loop in which an item reported
+    QString imagePath;         // PNG; empty: no image is written
+    int text = -1;             // descriptor, borrowed; -1: no lines are printed
+    int imageInterval = 1000;  // ms between two images, at least
+    int textInterval = 1000;   // ms between two lines, at least; 0: one for each turn of the event
+                               // loop in which an item reported
     std::function<QTime()> now;  // empty: the local time of day
 };
 
-// A bar without a display: an image on disk and lines of text.
+// A bar without a display: an image on disk and lines of text. While nobody takes the lines, they
+// are dropped.
 class OffscreenBar final : public ItemBar {
     Q_OBJECT
 
@@ -55,6 +55,10 @@ class OffscreenBar final : public ItemBar {
     void itemRedrawn(BarItem& item) override;
     void itemTextChanged(BarItem& item) override;
     void itemReported() override;
+
+  Q_SIGNALS:
+    // Who read the lines is gone for good.
+    void readerGone();
 
   protected:
     void itemRemoved(BarItem& item) override;

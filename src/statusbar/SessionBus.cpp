@@ -11,6 +11,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include "platform/PrivateFolder.h"
 
@@ -37,6 +38,12 @@ QByteArray socketOf(const QString& address) {
         }
     }
     return {};
+}
+
+// A bus that was restarted at the same place has another identity (D-Bus Specification, "Server
+// Addresses"), and the D-Bus library does not connect to one that it was not told of.
+QString withoutIdentity(QString address) {
+    return address.remove(QRegularExpression(QStringLiteral(",?guid=[0-9a-fA-F]*")));
 }
 
 }  // namespace
@@ -81,14 +88,18 @@ QString sessionBusAddress() {
 bool prepareSessionBus() {
     const QString address = sessionBusAddress();
     const bool hangs = !address.isEmpty() && !busAnswers(address, answerLimit);
-    if (address.isEmpty() || hangs) {
-        qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
-    }
+    const bool isUsable = !address.isEmpty() && !hangs;
+    qputenv("DBUS_SESSION_BUS_ADDRESS",
+            isUsable ? withoutIdentity(address).toLocal8Bit() : QByteArray("disabled:"));
     return !hangs;
 }
 
-QDBusConnection openBus(const QString& address) {
+QDBusConnection openBus(const QString& given) {
+    const QString address = withoutIdentity(given);
     static std::atomic<int> count = 0;
+    if (!busAnswers(address, answerLimit)) {
+        return QDBusConnection(QString());
+    }
     return QDBusConnection::connectToBus(address, QStringLiteral("vostel-bus-%1").arg(++count));
 }
 

@@ -25,13 +25,15 @@ QString sessionBusAddress();
 // Addresses of other kinds than a socket of this machine are taken to answer.
 bool busAnswers(const QString& address, std::chrono::milliseconds limit);
 
-// To be called before the application object: hides a bus from the toolkit that is not there (the
+// To be called before the application object: keeps the bus that was found for it in the
+// environment, and hides a bus from the toolkit that is not there (the
 // D-Bus library would start one and leave it running) or does not answer within a second. Returns
 // false for the latter.
 bool prepareSessionBus();
 
-// A private connection under a name of its own. It waits for the bus to answer, so it belongs on a
-// worker thread. Not connected (lastError() says why) when that fails.
+// A private connection under a name of its own. It waits for the bus to answer, a second at the
+// most, so it belongs on a worker thread. Not connected when that fails. A bus that hangs is never
+// handed to the toolkit, whose one thread for all connections it would hold up.
 QDBusConnection openBus(const QString& address);
 
 // Runs work() on a worker thread, then done(result) on the application's thread, unless `context`

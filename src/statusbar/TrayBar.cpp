@@ -1,6 +1,6 @@
 #include "statusbar/TrayBar.h"
 
-#include <QDBusError>
+#include <utility>
 
 #include "platform/LogRing.h"
 #include "statusbar/SessionBus.h"
@@ -15,66 +15,92 @@ constexpr std::chrono::milliseconds busLimit{1000};
 // may show it backwards, one that is told of each shows it in order.
 constexpr std::chrono::milliseconds settleTime{400};
 
-}  // namespace
-
-std::unique_ptr<TrayBar> TrayBar::make(const TrayBarOptions& given, QString* error) {
-    TrayBarOptions options = given;
+TrayBarOptions withAddress(TrayBarOptions options) {
     if (options.busAddress.isEmpty()) {
         options.busAddress = sessionBusAddress();
     }
-    if (options.busAddress.isEmpty()) {
-        *error = QStringLiteral("This session has no D-Bus session bus.");
-        return nullptr;
-    }
+    return options;
+}
+
+}  // namespace
+
+std::unique_ptr<TrayBar> TrayBar::make(const TrayBarOptions& given, QString* error) {
+    const TrayBarOptions options = withAddress(given);
     const auto bus =
         boundedly([address = options.busAddress] { return openBus(address); }, busLimit);
-    if (!bus) {
-        *error = QStringLiteral("The D-Bus session bus does not answer.");
-        return nullptr;
+    return on(options, bus.value_or(QDBusConnection(QString())), error);
+}
+
+void TrayBar::make(const TrayBarOptions& given, QObject* context, Made done) {
+    const TrayBarOptions options = withAddress(given);
+    inBackground(
+        context, [address = options.busAddress] { return openBus(address); },
+        [options, done = std::move(done)](const QDBusConnection& bus) {
+            QString error;
+            auto bar = on(options, bus, &error);
+            done(std::move(bar), error);
+        });
+}
+
+std::unique_ptr<TrayBar> TrayBar::on(const TrayBarOptions& options, const QDBusConnection& bus,
+                                     QString* error) {
+    if (bus.isConnected()) {
+        return std::unique_ptr<TrayBar>(new TrayBar(options, bus));
     }
-    if (!bus->isConnected()) {
-        *error = QStringLiteral("The D-Bus session bus cannot be reached: %1")
-                     .arg(bus->lastError().message());
-        QDBusConnection::disconnectFromBus(bus->name());
-        return nullptr;
+    *error = options.busAddress.isEmpty()
+                 ? QStringLiteral("This session has no D-Bus session bus.")
+                 : QStringLiteral("The D-Bus session bus does not answer.");
+    if (!bus.name().isEmpty()) {
+        QDBusConnection::disconnectFromBus(bus.name());
     }
-    return std::unique_ptr<TrayBar>(new TrayBar(options, *bus));
+    return nullptr;
 }
 
 TrayBar::TrayBar(const TrayBarOptions& given, const QDBusConnection& connection)
     : options(given),
-      bus(connection),
-      watcherWatch(trayWatcherService, bus, QDBusServiceWatcher::WatchForOwnerChange),
+      link(options.busAddress, connection),
       shape(given.host.keepsWideImages ? ImageShape::Wide : ImageShape::Square),
       menuNeeded(given.host.needsMenu) {
     registerTrayTypes();
-    connect(&watcherWatch, &QDBusServiceWatcher::serviceOwnerChanged, this,
-            [this](const QString&, const QString&, const QString& owner) {
-                setWatcher(!owner.isEmpty());
-            });
     watcherSettles.setSingleShot(true);
     watcherSettles.setInterval(settleTime);
     connect(&watcherSettles, &QTimer::timeout, this, [this] {
         watcherPresent = true;
         Q_EMIT watcherChanged();
     });
-    hostWatch.setConnection(bus);
-    hostWatch.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
-    connect(&hostWatch, &QDBusServiceWatcher::serviceOwnerChanged, this, &TrayBar::findHost);
+    connect(&link, &BusLink::lost, this, [this] {
+        writeLogLine("The message bus is gone; the items return with it.");
+        setWatcher(false);
+    });
+    connect(&link, &BusLink::opened, this, &TrayBar::attach);
+    if (!options.appearance) {
+        portal = std::make_unique<DesktopAppearance>(link);
+        connect(portal.get(), &DesktopAppearance::changed, this, &TrayBar::imagesWanted);
+    }
+    attach();
+}
+
+TrayBar::~TrayBar() = default;
+
+// What the bus has to tell this bar.
+void TrayBar::attach() {
+    QDBusConnection bus = link.bus();
+    watcherWatch = std::make_unique<QDBusServiceWatcher>(trayWatcherService, bus,
+                                                         QDBusServiceWatcher::WatchForOwnerChange);
+    connect(watcherWatch.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString&, const QString&, const QString& owner) {
+                setWatcher(!owner.isEmpty());
+            });
+    hostWatch = std::make_unique<QDBusServiceWatcher>();
+    hostWatch->setConnection(bus);
+    hostWatch->setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+    connect(hostWatch.get(), &QDBusServiceWatcher::serviceOwnerChanged, this, &TrayBar::findHost);
     for (const char* change : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
         // Subscribed without a sender: to resolve a well-known name here would wait for the bus.
         bus.connect({}, trayWatcherPath, trayWatcherService, QString::fromLatin1(change), this,
                     SLOT(findHost()));
     }
-    if (!options.appearance) {
-        portal = std::make_unique<DesktopAppearance>(bus);
-        connect(portal.get(), &DesktopAppearance::changed, this, &TrayBar::imagesWanted);
-    }
     findHost();
-}
-
-TrayBar::~TrayBar() {
-    QDBusConnection::disconnectFromBus(bus.name());
 }
 
 std::unique_ptr<StatusItem> TrayBar::makeItem(const QString& autosaveName) {
@@ -127,24 +153,28 @@ void TrayBar::setWatcher(bool present) {
 }
 
 void TrayBar::findHost() {
-    if (finding) {
-        findAgain = true;
+    if (finding || !link.isOpen()) {
+        findAgain = finding;
         return;
     }
     finding = true;
     inBackground(
-        this, [connection = bus, proc = options.proc] { return findTrayHost(connection, proc); },
+        this,
+        [connection = link.bus(), proc = options.proc] { return findTrayHost(connection, proc); },
         [this](const TrayHost& found) { takeHost(found); });
 }
 
 void TrayBar::takeHost(const TrayHost& found) {
     finding = false;
+    if (!link.isOpen()) {
+        return;
+    }
     if (findAgain) {  // what was found is out of date
         findAgain = false;
         findHost();
         return;
     }
-    hostWatch.setWatchedServices(found.names);
+    hostWatch->setWatchedServices(found.names);
     if (found.watcher && !watcherPresent && !watcherSettles.isActive()) {
         watcherPresent = true;
         Q_EMIT watcherChanged();

@@ -1,14 +1,15 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include <QDBusConnection>
 #include <QDBusServiceWatcher>
 #include <QTimer>
 
+#include "statusbar/BusLink.h"
 #include "statusbar/DesktopAppearance.h"
 #include "statusbar/StatusBar.h"
 #include "statusbar/TrayHost.h"
@@ -26,21 +27,25 @@ struct TrayBarOptions {
 };
 
 // The desktop's own tray as a bar: every item is a StatusNotifierItem over D-Bus. Where no tray is
-// running it waits for one; a tray that dies and comes back gets its items again. The first item
-// needs a QGuiApplication.
+// running it waits for one; a tray, or a whole bus, that dies and comes back gets its items again.
+// The first item needs a QGuiApplication.
 class TrayBar final : public StatusBar {
     Q_OBJECT
 
   public:
     // Null when the session has no bus; `error` then says why. Waits for the bus, one second at
-    // the most.
+    // the most: for the start of the program only.
     static std::unique_ptr<TrayBar> make(const TrayBarOptions& options, QString* error);
+    // The same without waiting: `done` is called from the event loop, unless `context` is gone.
+    using Made = std::function<void(std::unique_ptr<TrayBar> bar, const QString& error)>;
+    static void make(const TrayBarOptions& options, QObject* context, Made done);
     ~TrayBar() override;
 
     std::unique_ptr<StatusItem> makeItem(const QString& autosaveName) override;
     double thickness() const override { return options.thickness; }
 
     // For the bar's items.
+    bool hasBus() const { return link.isOpen(); }
     bool hasWatcher() const { return watcherPresent; }
     bool needsMenu() const { return menuNeeded; }
     std::vector<ImageContext> wantedImages() const;
@@ -60,13 +65,16 @@ class TrayBar final : public StatusBar {
 
   private:
     TrayBar(const TrayBarOptions& options, const QDBusConnection& bus);
+    static std::unique_ptr<TrayBar> on(const TrayBarOptions& options, const QDBusConnection& bus,
+                                       QString* error);
+    void attach();
     void setWatcher(bool present);
     void takeHost(const TrayHost& found);
 
     TrayBarOptions options;
-    QDBusConnection bus;
-    QDBusServiceWatcher watcherWatch;
-    QDBusServiceWatcher hostWatch;
+    BusLink link;
+    std::unique_ptr<QDBusServiceWatcher> watcherWatch;
+    std::unique_ptr<QDBusServiceWatcher> hostWatch;
     std::unique_ptr<DesktopAppearance> portal;
     std::vector<TrayItem*> items;
     QTimer watcherSettles;

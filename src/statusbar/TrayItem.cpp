@@ -13,7 +13,6 @@
 #include <QGuiApplication>
 
 #include "platform/LogRing.h"
-#include "statusbar/SessionBus.h"
 #include "statusbar/TrayBar.h"
 #include "statusbar/TrayHost.h"
 #include "statusbar/TrayItemAdaptor.h"
@@ -48,12 +47,18 @@ QDBusMessage busCall(const QString& method, const QVariantList& arguments) {
     return call;
 }
 
+// The bus went while it was asked: that is dealt with when the link says so.
+bool isLost(const QDBusError& error) {
+    return error.type() == QDBusError::Disconnected;
+}
+
 }  // namespace
 
 TrayItem::TrayItem(TrayBar& owner, const QString& busAddress, const QString& autosaveName)
     : bar(&owner),
       id(autosaveName),
       busName(nextBusName()),
+      link(busAddress),
       imageLimit(imageInterval),
       tipLimit(tipInterval) {
     elapsed.start();
@@ -67,23 +72,28 @@ TrayItem::TrayItem(TrayBar& owner, const QString& busAddress, const QString& aut
     connect(&owner, &TrayBar::watcherChanged, this, &TrayItem::watcherChanged);
     connect(&owner, &TrayBar::imagesWanted, this, &TrayItem::imagesWanted);
     connect(&owner, &TrayBar::needsMenuChanged, this, [this] {
-        if (bus) {  // hosts read the menu's place once, when the item appears
+        if (link.isOpen()) {  // hosts read the menu's place once, when the item appears
             leaveTray();
             exportItem();
             joinTray();
         }
     });
-    inBackground(
-        this, [busAddress] { return openBus(busAddress); },
-        [this](const QDBusConnection& connection) { takeConnection(connection); });
+    connect(&link, &BusLink::opened, this, &TrayItem::joinBus);
+    connect(&link, &BusLink::lost, this, &TrayItem::forgetBus);
+    connect(&link, &BusLink::failed, this, [this] {
+        if (bar && bar->hasBus()) {  // else the bar has said it for all
+            complain(QStringLiteral("%1 is not in the tray: the bus does not answer").arg(id));
+        }
+        unreachable = true;
+        if (bar) {
+            bar->nextTurn();
+        }
+    });
 }
 
 TrayItem::~TrayItem() {
     if (bar) {
         bar->remove(*this);
-    }
-    if (bus) {
-        QDBusConnection::disconnectFromBus(bus->name());
     }
 }
 
@@ -91,35 +101,42 @@ std::vector<ImageContext> TrayItem::wantedImages() const {
     return bar ? bar->wantedImages() : std::vector<ImageContext>(1);
 }
 
-void TrayItem::takeConnection(const QDBusConnection& connection) {
-    if (!connection.isConnected()) {
-        writeLogLine(id.toStdString() +
-                     " is not in the tray: " + connection.lastError().message().toStdString());
-        QDBusConnection::disconnectFromBus(connection.name());
-        unreachable = true;
-        if (bar) {
-            bar->nextTurn();
-        }
-        return;
+// Once for each cause, not for each attempt.
+void TrayItem::complain(const QString& text) {
+    if (std::exchange(complaint, text) != text) {
+        writeLogLine(text.toStdString());
     }
-    bus = connection;
+}
+
+void TrayItem::joinBus() {
+    unreachable = false;
     exportItem();
     joinTray();
 }
 
+// Neither the item's name nor its place in the tray outlives the bus.
+void TrayItem::forgetBus() {
+    nameState = NameState::None;
+    registered = false;
+    registerFailures = 0;
+    registerTimer.stop();
+    delete registering;
+}
+
 void TrayItem::exportItem() {
-    bus->unregisterObject(itemPath);
-    bus->unregisterObject(trayMenuPath);
+    QDBusConnection bus = link.bus();
+    bus.unregisterObject(itemPath);
+    bus.unregisterObject(trayMenuPath);
     onBus = std::make_unique<QObject>();
     if (bar && bar->needsMenu()) {
         adaptor = new TrayMenuItemAdaptor(onBus.get(), this);
         auto* menu = new QObject(onBus.get());
         new TrayMenuAdaptor(menu, this);
-        bus->registerObject(trayMenuPath, menu, QDBusConnection::ExportAdaptors);
+        bus.registerObject(trayMenuPath, menu, QDBusConnection::ExportAdaptors);
     } else {
         adaptor = new TrayItemAdaptor(onBus.get(), this);
     }
-    bus->registerObject(itemPath, onBus.get(), QDBusConnection::ExportAdaptors);
+    bus.registerObject(itemPath, onBus.get(), QDBusConnection::ExportAdaptors);
 }
 
 void TrayItem::watcherChanged() {
@@ -131,13 +148,14 @@ void TrayItem::watcherChanged() {
 }
 
 void TrayItem::joinTray() {
-    if (!bus || shownImages.empty() || !bar || !bar->hasWatcher()) return;
+    if (!link.isOpen() || shownImages.empty() || !bar || !bar->hasWatcher()) return;
     if (nameState == NameState::Owned || nameState == NameState::Refused) {
         bar->nextTurn();
     } else if (nameState == NameState::None) {
         nameState = NameState::Asked;
         auto* pending = new QDBusPendingCallWatcher(
-            bus->asyncCall(busCall(QStringLiteral("RequestName"), {busName, doNotQueue})), this);
+            link.bus().asyncCall(busCall(QStringLiteral("RequestName"), {busName, doNotQueue})),
+            this);
         connect(pending, &QDBusPendingCallWatcher::finished, this,
                 [this, pending] { takeNameReply(*pending); });
     }
@@ -146,6 +164,7 @@ void TrayItem::joinTray() {
 void TrayItem::takeNameReply(QDBusPendingCallWatcher& pending) {
     pending.deleteLater();
     const QDBusPendingReply<uint> reply = pending;
+    if (isLost(reply.error())) return;
     const bool owned =
         reply.isValid() && (reply.value() == primaryOwner || reply.value() == alreadyOwner);
     nameState = owned ? NameState::Owned : NameState::Refused;
@@ -162,7 +181,8 @@ TrayItem::Turn TrayItem::turn() const {
         registerFailures >= registerTries) {
         return Turn::None;
     }
-    const bool prepared = bus && (nameState == NameState::Owned || nameState == NameState::Refused);
+    const bool prepared =
+        link.isOpen() && (nameState == NameState::Owned || nameState == NameState::Refused);
     return prepared ? Turn::Here : Turn::Ahead;
 }
 
@@ -171,7 +191,7 @@ void TrayItem::leaveTray() {
     registerTimer.stop();
     delete registering;
     if (nameState == NameState::Owned) {
-        bus->asyncCall(busCall(QStringLiteral("ReleaseName"), {busName}));
+        link.bus().asyncCall(busCall(QStringLiteral("ReleaseName"), {busName}));
         nameState = NameState::None;
     }
     if (bar) {
@@ -185,10 +205,10 @@ void TrayItem::registerItem() {
                                        QStringLiteral("RegisterStatusNotifierItem"));
     // Another process took the name (a container with its own process numbers): the unique name
     // of the connection serves as well.
-    call.setArguments({nameState == NameState::Owned ? busName : bus->baseService()});
+    call.setArguments({nameState == NameState::Owned ? busName : link.bus().baseService()});
     call.setAutoStartService(false);
     registered = true;  // the host may read the item before the watcher answers
-    registering = new QDBusPendingCallWatcher(bus->asyncCall(call, registerTimeout), this);
+    registering = new QDBusPendingCallWatcher(link.bus().asyncCall(call, registerTimeout), this);
     connect(registering, &QDBusPendingCallWatcher::finished, this, [this] {
         const std::unique_ptr<QDBusPendingCallWatcher> reply(registering);
         registering.clear();
@@ -200,16 +220,19 @@ void TrayItem::registerItem() {
 }
 
 void TrayItem::takeRegisterReply(QDBusPendingCallWatcher& pending) {
-    if (!pending.isError() || shownImages.empty() || !bar || !bar->hasWatcher()) return;
-    // A watcher may own its name before it answers calls: try again, but not for ever.
+    if (!pending.isError()) {
+        complaint.clear();
+        return;
+    }
+    if (isLost(pending.error())) return;
     registered = false;
+    if (shownImages.empty() || !bar || !bar->hasWatcher()) return;
+    complain(QStringLiteral("The tray does not take %1: %2").arg(id, pending.error().message()));
+    // A watcher may own its name before it answers calls: try again, but not for ever.
     ++registerFailures;
     if (registerFailures < registerTries) {
         registerTimer.start(std::chrono::seconds(1 << (registerFailures - 1)));
-        return;
     }
-    writeLogLine("The tray does not take " + id.toStdString() + ": " +
-                 pending.error().message().toStdString());
 }
 
 void TrayItem::setImages(std::vector<StatusImage> given) {

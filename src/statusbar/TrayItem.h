@@ -4,12 +4,12 @@
 #include <optional>
 #include <vector>
 
-#include <QDBusConnection>
 #include <QElapsedTimer>
 #include <QImage>
 #include <QPointer>
 #include <QTimer>
 
+#include "statusbar/BusLink.h"
 #include "statusbar/StatusBar.h"
 #include "statusbar/TrayPixmap.h"
 #include "statusbar/UpdateLimit.h"
@@ -61,7 +61,8 @@ class TrayItem final : public StatusItem {
 
     double now() const { return static_cast<double>(elapsed.nsecsElapsed()) * 1e-9; }
     void exportItem();
-    void takeConnection(const QDBusConnection& connection);
+    void joinBus();
+    void forgetBus();
     void watcherChanged();
     void joinTray();
     void leaveTray();
@@ -69,18 +70,20 @@ class TrayItem final : public StatusItem {
     void takeRegisterReply(QDBusPendingCallWatcher& reply);
     void publishImages();
     void publishTip();
+    void complain(const QString& text);
 
     QPointer<TrayBar> bar;
     QString id;
     QString busName;
-    std::optional<QDBusConnection> bus;
+    BusLink link;
     std::unique_ptr<QObject> onBus;  // what hosts talk to; carries the adaptors
     TrayItemAdaptor* adaptor = nullptr;
     NameState nameState = NameState::None;
-    bool unreachable = false;  // no connection to the bus
+    bool unreachable = false;  // no connection to the bus, for now
     bool registered = false;
     QPointer<QDBusPendingCallWatcher> registering;
     int registerFailures = 0;
+    QString complaint;  // the last one since it was in the tray
 
     QElapsedTimer elapsed;
     UpdateLimit imageLimit;

@@ -1,5 +1,6 @@
 #include "statusbar/X11Surface.h"
 
+#include <poll.h>
 #include <xcb/xcb.h>
 
 #include <algorithm>
@@ -113,6 +114,11 @@ void X11Surface::putRows(const QPoint& at, const QImage& image) {
 
 void X11Surface::flush() {
     xcb_flush(connection);
+}
+
+bool X11Surface::isReady() const {
+    pollfd socket{xcb_get_file_descriptor(connection), POLLOUT, 0};
+    return poll(&socket, 1, 0) != 0;
 }
 
 }  // namespace vostel

@@ -34,6 +34,10 @@ class X11Surface {
     // Sends what has been put. Does not wait.
     void flush();
 
+    // Whether the server takes what is drawn. One that stands still does not, once the socket to it
+    // is full: a request would then wait, and the whole program with it.
+    bool isReady() const;
+
   private:
     void putRows(const QPoint& at, const QImage& image);
 

@@ -139,6 +139,15 @@ std::string errors(Program& program) {
     return lines.join(u'\n').toStdString();
 }
 
+// Whether the running program answers within a second.
+bool call(const QString& method) {
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    const QDBusMessage message = QDBusMessage::createMethodCall(
+        QStringLiteral("com.vostel.app"), QStringLiteral("/com/vostel/app"),
+        QStringLiteral("com.vostel.App"), method);
+    return bus.call(message, QDBus::Block, 1000).type() == QDBusMessage::ReplyMessage;
+}
+
 QByteArray contents(const QString& path) {
     QFile file(path);
     return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("<none>");
@@ -501,6 +510,45 @@ TEST_F(Desktop, ChangeJustBeforeTheXServerDiesIsKept) {
     EXPECT_EQ(home.leftovers(), QStringList());
 }
 
+// A server that stands still: the program goes on without it, and ends when it is told to, also
+// when its main thread waits for the server; what was changed just before is kept.
+TEST_F(Desktop, EndsWhenTheXServerIsFrozen) {
+    const QByteArray display = qgetenv("DISPLAY");
+    XServer* const lasting = server;
+    for (const bool hangs : {true, false}) {
+        for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+            home.seed(moduleIds());
+            auto frozen = std::make_unique<XServer>(screenWidth, screenHeight, 24);
+            server = frozen.get();
+            auto program = start();
+            ASSERT_TRUE(until(hasBar));
+            const int width = itemsWidth();
+            clickModuleRow(0);
+            EXPECT_TRUE(until([&] { return itemsWidth() != width; }));
+            frozen->freeze();
+            QElapsedTimer elapsed;
+            if (hangs) {
+                call(QStringLiteral("ShowSettings"));  // waits for the server
+            } else {
+                elapsed.start();
+                until([&] {
+                    return elapsed.hasExpired(6000);
+                });  // time to fill what buffers there are
+                EXPECT_TRUE(waitUntil([] { return call(QStringLiteral("ExportSettings")); }));
+            }
+            elapsed.start();
+            EXPECT_EQ(program->stop(signal), 0) << hangs << " " << signal;
+            EXPECT_LT(elapsed.elapsed(), 3000) << hangs << " " << signal;
+            EXPECT_FALSE(home.isOnDisk(QStringLiteral("module.%1.enabled").arg(moduleIds()[0])));
+            EXPECT_EQ(home.leftovers(), QStringList());
+            frozen->thaw();
+            server = lasting;
+            frozen.reset();
+            qputenv("DISPLAY", display);
+        }
+    }
+}
+
 TEST_F(Desktop, ExportAndImportThroughTheSettingsWindow) {
     home.seed(moduleIds());
     const Home other;
@@ -602,12 +650,45 @@ TEST_F(Desktop, TrayItemsComeBackWithTheirHostAndFollowTheAppearance) {
     EXPECT_TRUE(waitUntil([] { return windows().size() == 1; }));
     tray->call(QStringLiteral("org.kde.StatusNotifierItem"), QStringLiteral("ContextMenu"),
                {600, 5});
+    EXPECT_TRUE(waitUntil([] { return windows().size() == 1; }));
+    for (const char* method : {"ContextMenu", "SecondaryActivate", "Activate"}) {
+        for (int i = 0; i < 500; ++i) {
+            QDBusMessage click = QDBusMessage::createMethodCall(
+                tray->items.value(0), QStringLiteral("/StatusNotifierItem"),
+                QStringLiteral("org.kde.StatusNotifierItem"), QLatin1String(method));
+            click << 600 << 5;
+            tray->bus.send(click);
+        }
+        EXPECT_EQ(tray->property(QStringLiteral("Status")).toString(), QStringLiteral("Active"));
+        EXPECT_LE(windows().size(), 2U) << method;  // a menu, and over it a popover
+    }
 
     // A second start finds the first one over the bus.
     const auto second = start("--bar=tray");
     EXPECT_EQ(second->wait(), 0);
     EXPECT_TRUE(second->output().contains(QStringLiteral("settings window opens")));
     expectCleanEnd(*program, SIGHUP);
+}
+
+// Catches items, or a name on the bus, that are gone for good when the bus was restarted.
+TEST_F(Desktop, EverythingOnTheBusReturnsWithIt) {
+    home.seed(moduleIds());
+    PrivateBus bus;
+    const std::map<QString, QString> session = {
+        {QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address()}};
+    Program program(home, {QStringLiteral("--bar=tray")}, session);
+    for (int round = 0; round < 3; ++round) {
+        auto tray = std::make_unique<FakeTray>(bus.address());
+        ASSERT_TRUE(waitUntil([&] { return tray->items.size() == moduleIds().size(); })) << round;
+        Program second(home, {}, session);
+        EXPECT_EQ(second.wait(), 0);
+        EXPECT_TRUE(second.output().contains(QStringLiteral("settings window opens"))) << round;
+        tray.reset();
+        bus.kill();
+        bus.start();
+    }
+    EXPECT_EQ(program.stop(SIGTERM), 0);
+    EXPECT_EQ(home.leftovers(), QStringList());
 }
 
 }  // namespace vostel

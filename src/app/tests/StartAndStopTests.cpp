@@ -1,16 +1,24 @@
 // The real program from start to end, without a display.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <set>
+
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
 #include <QImage>
+#include <QRegularExpression>
 
 #include "app/ModuleTable.h"
 #include "app/tests/Program.h"
+#include "statusbar/tests/PrivateBus.h"
 #include "statusbar/tests/XServer.h"
 
 namespace vostel {
@@ -18,12 +26,16 @@ namespace {
 
 const std::map<QString, QString> noDisplay = {{QStringLiteral("DISPLAY"), {}},
                                               {QStringLiteral("WAYLAND_DISPLAY"), {}}};
+constexpr int hang =
+    3000;  // ms: an end that takes longer hangs; it should take one second at the most
 const QString complaintOfSettings = QStringLiteral("settings");
 
 // Lives once its first line of values is out.
 bool isLive(Program& program) {
+    static const QRegularExpression values(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d  "),
+                                           QRegularExpression::MultilineOption);
     return XServer::until(
-               [&] { return program.output().count(u'\n') >= 2 || !program.isRunning(); }) &&
+               [&] { return program.output().contains(values) || !program.isRunning(); }) &&
            program.isRunning();
 }
 
@@ -147,6 +159,78 @@ TEST(StartAndStop, FoldersThatOthersCanReachAreNotUsed) {
                   row.isUsed ? 0 : 1)
             << row.what << ": " << program.errors().join(u'\n').toStdString();
         EXPECT_EQ(folder.entryList({usual + QStringLiteral(".*")}), QStringList()) << row.what;
+    }
+}
+
+// Who reads the output stops reading, before the program starts or while it runs: a pipe that is
+// full. (A write that waits would last for ever.)
+TEST(StartAndStop, AFullPipeHoldsUpNeitherTheProgramNorItsEnd) {
+    for (const char* stream : {"1", "2"}) {
+        for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+            const Home home;
+            const QByteArray pipe = QFile::encodeName(home.runtimeFolder()) + "/pipe";
+            ASSERT_EQ(mkfifo(pipe.constData(), 0600), 0);
+            const int end = open(pipe.constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+            ASSERT_EQ(fcntl(end, F_SETPIPE_SZ, 4096), 4096);
+            ASSERT_EQ(write(end, QByteArray(4096, 'x').constData(), 4096), 4096);
+            const QString script = QStringLiteral("exec \"$0\" %1>\"$1\"");
+            Program program(home,
+                            {QStringLiteral("-c"), script.arg(QLatin1String(stream)),
+                             QStringLiteral(VOSTEL), QFile::decodeName(pipe)},
+                            noDisplay, QStringLiteral("/bin/sh"));
+            const QString image = home.runtimeFolder() + QStringLiteral("/vostel-bar.png");
+            std::set<QDateTime> times;  // of images: it goes on
+            EXPECT_TRUE(XServer::until([&] {
+                times.insert(QFileInfo(image).lastModified());
+                return times.size() >= 3;
+            })) << stream;
+            QElapsedTimer ending;
+            ending.start();
+            EXPECT_EQ(program.stop(signal), 0) << stream << " " << signal;
+            EXPECT_LT(ending.elapsed(), hang) << stream << " " << signal;
+            EXPECT_TRUE(home.isOnDisk(QStringLiteral("app.hasLaunched")));
+            close(end);
+        }
+    }
+}
+
+TEST(StartAndStop, EndsWithWhoReadsItsLines) {
+    const Home home;
+    Program both(home,
+                 {QStringLiteral("-c"), QStringLiteral("(\"$0\"; echo ended $? >&2) | head -2"),
+                  QStringLiteral(VOSTEL)},
+                 noDisplay, QStringLiteral("/bin/sh"));
+    EXPECT_TRUE(XServer::until([&] { return !both.isRunning(); }));
+    EXPECT_EQ(both.output().count(u'\n'), 2);
+    EXPECT_EQ(both.errors().filter(QStringLiteral("ended")),
+              QStringList(QStringLiteral("ended 0")));
+    EXPECT_EQ(home.leftovers(), QStringList());
+    EXPECT_TRUE(home.isOnDisk(QStringLiteral("app.hasLaunched")));
+}
+
+// Nobody would see a window there.
+TEST(StartAndStop, WithoutADisplayItSaysWhereTheSettingsAre) {
+    const PrivateBus bus;
+    const Home home;
+    const QString file = home.settingsFile();
+    for (const QString& address : {QString(), bus.address()}) {
+        QFile::remove(file);
+        auto environment = noDisplay;
+        environment[QStringLiteral("DBUS_SESSION_BUS_ADDRESS")] = address;
+        for (const bool isFirst : {true, false}) {
+            Program program(home, {}, environment);
+            ASSERT_TRUE(isLive(program));
+            EXPECT_EQ(program.output().contains(QStringLiteral("The settings are in ") + file),
+                      isFirst);
+            Program second(home, {}, environment);
+            EXPECT_EQ(second.wait(), 0);
+            const QString how =
+                address.isEmpty() ? QString() : QStringLiteral(" without a display");
+            EXPECT_EQ(second.output(),
+                      QStringLiteral("Vostel is already running%1; its settings are in %2\n")
+                          .arg(how, file));
+            EXPECT_EQ(program.stop(SIGTERM), 0);
+        }
     }
 }
 

@@ -7,10 +7,12 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 
 #include "app/AppDelegate.h"
 #include "app/ModuleTable.h"
+#include "app/SingleInstance.h"
 #include "app/tests/Program.h"
 #include "statusbar/OffscreenBar.h"
 #include "statusbar/tests/PrivateBus.h"
@@ -301,6 +303,14 @@ TEST_F(TransferTest, ImportsRightAfterEachOther) {
     EXPECT_TRUE(waitUntil([&] { return descriptors() <= before; }))
         << descriptors() << " " << before;
 
+    // Also while the program is still starting again.
+    for (const QByteArray& bytes : {second, first, second, first}) {
+        put(file, bytes);
+        EXPECT_EQ(import().said, QString());
+    }
+    EXPECT_TRUE(waitUntil([&] { return home.running().size() == 1 && isReachable(); }));
+    EXPECT_EQ(exportedNow(), first);
+
     // At the same time: one program is left, with the settings of one of them.
     Program one(home, {QStringLiteral("import"), QStringLiteral("--yes"), file}, environment);
     Program two(home, {QStringLiteral("import"), QStringLiteral("--yes"), file}, environment);
@@ -343,6 +353,41 @@ TEST_F(TransferTest, AFolderMountedLaterIsReadAndNotWrittenOver) {
     // The new one knows the file, and writes it.
     EXPECT_EQ(import().said, QString());
     EXPECT_EQ(contents(lateFile), first);
+}
+
+// A program that holds the lock and is not on the bus yet, or not any more, as between two imports.
+TEST_F(TransferTest, WaitsForAProgramThatIsJustStartingOrEnding) {
+    put(home.settingsFile(), first);
+    put(file, second);
+    const QStringList arguments = {QStringLiteral("import"), QStringLiteral("--yes"), file};
+    const BusLink link(bus.address());
+    ASSERT_TRUE(waitUntil([&] { return link.isOpen(); }));
+    for (const bool isStarting : {true, false}) {
+        auto holder = std::make_unique<SingleInstance>(home.runtimeFolder());
+        ASSERT_TRUE(holder->acquire());
+        Program command(home, arguments, environment);
+        QElapsedTimer waited;
+        waited.start();
+        waitUntil([&] { return waited.hasExpired(1500); });  // it has asked by now
+        EXPECT_TRUE(command.isRunning()) << command.errors().join(u'\n').toStdString();
+        QByteArray given;
+        if (isStarting) {
+            holder->takeSettings = [&](const QByteArray& bytes, const auto& done) {
+                given = bytes;
+                done(QString());
+            };
+            holder->listen(link);
+        } else {
+            holder.reset();
+        }
+        EXPECT_TRUE(waitUntil([&] { return !command.isRunning(); }));
+        EXPECT_EQ(command.wait(), 0);
+        EXPECT_EQ(given, isStarting ? second : QByteArray());
+        EXPECT_EQ(contents(home.settingsFile()), isStarting ? first : second);
+        if (holder) {
+            holder->fallSilent();
+        }
+    }
 }
 
 TEST_F(TransferTest, ARelaunchThatFailsTakesTheImportBack) {

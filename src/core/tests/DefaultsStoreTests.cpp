@@ -8,6 +8,7 @@
 #include <csignal>
 #include <functional>
 #include <random>
+#include <thread>
 
 #include <QDir>
 #include <QFile>
@@ -383,6 +384,23 @@ TEST_F(DefaultsStoreTest, ASaveThatFailedIsTriedAgain) {
     ASSERT_EQ(chmod(QFile::encodeName(path()).constData(), 0600), 0);
     EXPECT_TRUE(QTest::qWaitFor([&] { return changes == 4; }, 20000));
     EXPECT_TRUE(readFile(path()).contains("later"));
+}
+
+// The main thread hangs: nothing here runs its event loop, and what waits there to be written is
+// written all the same.
+TEST_F(DefaultsStoreTest, AnotherThreadKeepsWhatTheMainThreadHasNotWritten) {
+    Background background;
+    DefaultsStore store(path(), &background);
+    for (const double value : {1.0, 2.0}) {
+        store.set(QStringLiteral("a.real"), value);
+        std::thread([&] { store.flushFromElsewhere(); }).join();
+        EXPECT_EQ(DefaultsStore(path(), nullptr).values().number(QStringLiteral("a.real")), value);
+    }
+    EXPECT_EQ(chmod(QFile::encodeName(path()).constData(), 0400), 0);
+    DefaultsStore readOnly(path(), &background);
+    readOnly.set(QStringLiteral("a.real"), 3.0);
+    std::thread([&] { readOnly.flushFromElsewhere(); }).join();
+    EXPECT_EQ(DefaultsStore(path(), nullptr).values().number(QStringLiteral("a.real")), 2);
 }
 
 TEST_F(DefaultsStoreTest, FirstRunKeepsWhatTheUserHas) {

@@ -193,6 +193,25 @@ TEST_F(ItemModuleTest, ClicksOpenAndCloseThePopover) {
     EXPECT_FALSE(module.isPopoverShown());
 }
 
+// A host that reports a button again and again, or for no reason.
+TEST_F(ItemModuleTest, ManyClicksOpenOneMenu) {
+    module.start();
+    for (int i = 0; i < 500; ++i) {
+        bar.click(QStringLiteral("vostel.plain"), Qt::RightButton);
+    }
+    const auto isMenu = [](const QWidget* widget) {
+        return qobject_cast<const QMenu*>(widget) != nullptr && widget->isVisible();
+    };
+    const auto menus = [&] {
+        const QWidgetList all = QApplication::topLevelWidgets();
+        return std::count_if(all.begin(), all.end(), isMenu);
+    };
+    EXPECT_EQ(menus(), 1);
+    QApplication::activePopupWidget()->close();
+    EXPECT_EQ(menus(), 0);
+    EXPECT_NE(openMenu(), nullptr);  // and the next click opens one again
+}
+
 TEST_F(ItemModuleTest, TheMenuOffersSettingsModulesAndQuit) {
     module.start();
     bar.click(QStringLiteral("vostel.plain"), Qt::LeftButton, Qt::ControlModifier);

@@ -57,7 +57,8 @@ TEST(DesktopAppearance, asksThePortalOnceAndListens) {
     ASSERT_FALSE(daemon.address().isEmpty()) << "dbus-daemon does not start";
     qputenv("DBUS_SESSION_BUS_ADDRESS", daemon.address().toLocal8Bit());
     Portal portal(daemon.address());
-    DesktopAppearance appearance(QDBusConnection::sessionBus());
+    const auto link = BusLink::toSessionBus();
+    DesktopAppearance appearance(*link);
     EXPECT_EQ(appearance.orPalette(), Appearance::Light);  // the palette's, while nobody answered
     EXPECT_TRUE(until([&] { return appearance.orPalette() == Appearance::Dark; }));
     int changes = 0;

@@ -2,6 +2,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdio>
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
@@ -36,16 +39,13 @@ void turn() {
 }
 
 struct Stream {
-    char* data = nullptr;
-    size_t size = 0;
-    std::FILE* file = open_memstream(&data, &size);
-    ~Stream() {
-        std::fclose(file);
-        std::free(data);
-    }
-    std::string text() {
-        std::fflush(file);
-        return {data, size};
+    std::FILE* file = std::tmpfile();
+    ~Stream() { std::fclose(file); }
+    int descriptor() const { return fileno(file); }
+    std::string text() const {
+        char bytes[1000];
+        const ssize_t n = pread(descriptor(), bytes, sizeof bytes, 0);
+        return {bytes, static_cast<std::size_t>(std::max<ssize_t>(n, 0))};
     }
 };
 
@@ -55,7 +55,7 @@ TEST(OffscreenBar, oneLineForEachTurnHoweverManyItemsReport) {
     Stream stream;
     MemoryOrder order;
     OffscreenBarOptions options;
-    options.text = stream.file;
+    options.text = stream.descriptor();
     options.textInterval = 0;
     options.now = [] { return QTime(9, 5, 7); };
     OffscreenBar bar(order, options);

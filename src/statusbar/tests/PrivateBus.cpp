@@ -21,23 +21,40 @@ PrivateBus::PrivateBus() {
     variables.insert(QStringLiteral("XDG_RUNTIME_DIR"), folder.path());
     daemon.setProcessEnvironment(variables);
     daemon.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
-    daemon.start(
-        QStringLiteral("dbus-daemon"),
-        {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
-         QStringLiteral("--print-address"), QStringLiteral("--address=unix:dir=") + folder.path()});
-    while (!where.endsWith(QLatin1Char('\n')) && daemon.waitForReadyRead(10000)) {
-        where += QString::fromLocal8Bit(daemon.readAllStandardOutput());
-    }
-    where = where.trimmed();
+    start();
 }
 
-PrivateBus::~PrivateBus() {
+void PrivateBus::start() {
+    QStringList arguments = {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                             QStringLiteral("--nopidfile"), QStringLiteral("--print-address")};
+    arguments << QStringLiteral("--address=") +
+                     (where.isEmpty() ? QStringLiteral("unix:dir=") + folder.path()
+                                      : where.section(QStringLiteral(",guid="), 0, 0));
+    daemon.start(QStringLiteral("dbus-daemon"), arguments);
+    QString printed;
+    while (!printed.endsWith(QLatin1Char('\n')) && daemon.waitForReadyRead(10000)) {
+        printed += QString::fromLocal8Bit(daemon.readAllStandardOutput());
+    }
+    if (where.isEmpty()) {
+        where = printed.trimmed();
+    }
+}
+
+void PrivateBus::kill() {
     daemon.kill();
     daemon.waitForFinished();
 }
 
+PrivateBus::~PrivateBus() {
+    kill();
+}
+
 void PrivateBus::freeze() {
     ::kill(static_cast<pid_t>(daemon.processId()), SIGSTOP);
+}
+
+void PrivateBus::thaw() {
+    ::kill(static_cast<pid_t>(daemon.processId()), SIGCONT);
 }
 
 bool waitUntil(const std::function<bool()>& condition) {

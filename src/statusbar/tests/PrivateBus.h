@@ -13,8 +13,12 @@ class PrivateBus {
     PrivateBus();
     ~PrivateBus();
     const QString& address() const { return where; }
-    // Stops it in its tracks: it answers nobody and closes no connection.
+    // Stops it in its tracks: it answers nobody and closes no connection. Or lets it go on.
     void freeze();
+    void thaw();
+    // Kills it, and starts another one at the same address when start() is called.
+    void kill();
+    void start();
 
   private:
     QTemporaryDir folder;

@@ -6,6 +6,7 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMetaType>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QScreen>
 #include <QTemporaryDir>
@@ -145,19 +146,58 @@ TEST_F(TrayBarTests, ReturnsWithTheTrayInTheSameOrder) {
     }
 }
 
-// A tray that owns its name before it can answer; the first registration fails.
+// A tray that owns its name before it can answer: registrations fail, and each cause is said once.
 TEST_F(TrayBarTests, AsksAgainWhenTheTrayIsNotReady) {
     tray = std::make_unique<FakeTray>(bus.address(), true, false);
+    testing::internal::CaptureStderr();
     bar = makeBar();
     item = bar->makeItem(u"vostel.cpu"_s);
     item->setImages(pair(0));
-    QStringList names;
-    ASSERT_TRUE(waitUntil([&] {
-        names = tray->bus.interface()->registeredServiceNames().value();
-        return !names.filter(itemInterface + u"-"_s).isEmpty();
-    }));
+    QElapsedTimer waited;
+    waited.start();
+    waitUntil([&] { return waited.hasExpired(2000); });  // tried at once and after a second
     tray->startAnswering();
     EXPECT_TRUE(waitUntil([&] { return tray->items.size() == 1; }));
+    const QString said = QString::fromStdString(testing::internal::GetCapturedStderr());
+    EXPECT_EQ(said.count(u"does not take vostel.cpu"_s), 1) << said.toStdString();
+}
+
+// Catches a connection that stays dead, an item that is given up, and a bar that asks the dead bus
+// for the host and the colour scheme.
+TEST_F(TrayBarTests, ReturnsWithABusThatWasRestarted) {
+    nameHost("waybar\n");
+    bar = makeBar();
+    std::vector<std::unique_ptr<StatusItem>> items;
+    for (int i = 0; i < 3; ++i) {
+        items.push_back(bar->makeItem(u"vostel.%1"_s.arg(i)));
+        items.back()->setImages(pair(0));
+    }
+    testing::internal::CaptureStderr();
+    for (int round = 0; round < 2; ++round) {
+        const char* process = round == 0 ? "waybar\n" : "plasmashell\n";
+        nameHost(process);
+        tray = std::make_unique<FakeTray>(bus.address());
+        ASSERT_TRUE(waitUntil([&] { return tray->items.size() == 3; })) << round;
+        for (const QString& name : tray->items) {
+            EXPECT_TRUE(onBus(name));
+        }
+        EXPECT_TRUE(waitUntil([&] {
+            return items[0]->wantedImages()[0].shape ==
+                   (round == 0 ? ImageShape::Wide : ImageShape::Square);
+        }));
+        tray->countSignals();
+        items[0]->setImages(pair(round + 1));
+        EXPECT_TRUE(waitUntil([&] { return tray->count(u"NewIcon"_s) == 1; }));
+        tray.reset();
+        bus.kill();
+        QElapsedTimer waited;
+        waited.start();
+        waitUntil([&] { return waited.hasExpired(1500); });  // some attempts fail
+        bus.start();
+    }
+    const QString said = QString::fromStdString(testing::internal::GetCapturedStderr());
+    EXPECT_EQ(said.count(u"message bus is gone"_s), 2) << said.toStdString();
+    EXPECT_EQ(said.count(u'\n'), 2 + said.count(u"No tray is running"_s)) << said.toStdString();
 }
 
 // Hosts drop an item only when its name leaves the bus.

@@ -75,6 +75,14 @@ XServer::~XServer() {
     if (QFile::exists(lock)) fail(QStringLiteral("Xvfb left ") + lock);
 }
 
+void XServer::freeze() {
+    ::kill(static_cast<pid_t>(server.processId()), SIGSTOP);
+}
+
+void XServer::thaw() {
+    ::kill(static_cast<pid_t>(server.processId()), SIGCONT);
+}
+
 QString XServer::run(const QString& program, const QStringList& arguments, int tries) {
     QProcess process;
     process.start(program, arguments);

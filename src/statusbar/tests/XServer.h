@@ -30,6 +30,10 @@ class XServer {
         run(QStringLiteral("xdotool"), QString::fromLatin1(arguments).split(u' '));
     }
 
+    // Stops it in its tracks, and lets it go on.
+    void freeze();
+    void thaw();
+
     // What is on the screen, Format_RGB32, device pixels.
     QImage grab(const QRect& rect);
 
