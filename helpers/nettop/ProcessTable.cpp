@@ -105,7 +105,7 @@ ProcessTable::Entry ProcessTable::inspect(int pid) const {
     Entry entry;
     entry.holder = identify(pid).value_or(Holder{pid, 0, -1, ""});
     const std::string folder = std::to_string(pid);
-    struct stat status {};
+    struct stat status{};
     if (fstatat(root.get(), folder.c_str(), &status, 0) == 0) {
         entry.uid = status.st_uid;
     }

@@ -45,7 +45,7 @@ void addNamed(std::map<ino_t, std::string>& paths) {
     DIR* listing = opendir(namedFolder);
     while (const dirent* item = listing != nullptr ? readdir(listing) : nullptr) {
         const std::string path = std::string(namedFolder) + "/" + item->d_name;
-        struct stat status {};
+        struct stat status{};
         if (item->d_name[0] != '.' && stat(path.c_str(), &status) == 0) {
             paths.emplace(status.st_ino, path);
         }
@@ -70,7 +70,7 @@ Sampler::Sampler(const std::string& root)
       // Listing another user's descriptors takes the one, following them the other.
       seesAll(hasCapability(CAP_DAC_READ_SEARCH) && hasCapability(CAP_SYS_PTRACE)),
       entersOthers(hasCapability(CAP_SYS_ADMIN)) {
-    struct stat status {};
+    struct stat status{};
     if (home && fstat(home.get(), &status) == 0) {
         homeInode = status.st_ino;
     }

@@ -211,7 +211,7 @@ Handover::Handover() {
         return;
     }
     qunsetenv(variable);
-    struct stat status {};
+    struct stat status{};
     if (fstat(channelNumber, &status) != 0 || !S_ISSOCK(status.st_mode)) {
         return;
     }

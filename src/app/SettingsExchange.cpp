@@ -29,17 +29,14 @@ void SettingsExchange::read(const QString& path, std::function<void(Loaded)> don
 }
 
 void SettingsExchange::import(const QByteArray& bytes, Done done) {
-    load(
-        [bytes] {
-            return SettingsTransfer::Loaded<QByteArray>{bytes, {}};
-        },
-        [this, done = std::move(done)](Loaded loaded) {
-            if (loaded.value) {
-                replace(std::move(*loaded.value), done);
-            } else {
-                done(loaded.error);
-            }
-        });
+    load([bytes] { return SettingsTransfer::Loaded<QByteArray>{bytes, {}}; },
+         [this, done = std::move(done)](Loaded loaded) {
+             if (loaded.value) {
+                 replace(std::move(*loaded.value), done);
+             } else {
+                 done(loaded.error);
+             }
+         });
 }
 
 void SettingsExchange::replace(PropertyList settings, Done done) {

@@ -40,7 +40,7 @@ SignalWatcher::SignalWatcher(std::function<void()> keep, QObject* parent)
     watcher.reset(QThread::create([this] { watch(); }));
     watcher->setStackSize(watcherStack);
     watcher->start();
-    struct sigaction action {};
+    struct sigaction action{};
     action.sa_handler = onSignal;
     action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
     for (const int number : watched) {

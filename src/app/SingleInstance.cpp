@@ -54,8 +54,8 @@ bool isAnswer(const QDBusMessage& message) {
 
 // Whether the descriptor is of the file at the path.
 bool isOf(int descriptor, const QByteArray& path) {
-    struct stat open {};
-    struct stat there {};
+    struct stat open{};
+    struct stat there{};
     return fstat(descriptor, &open) == 0 && lstat(path.constData(), &there) == 0 &&
            open.st_dev == there.st_dev && open.st_ino == there.st_ino;
 }

@@ -50,7 +50,7 @@ QString targetOf(const QString& path) {
 std::optional<QString> fillAndRename(int descriptor, const QByteArray& temporary,
                                      const QString& target, const QByteArray& bytes,
                                      const BeforeReplacing& beforeReplacing) {
-    struct stat status {};
+    struct stat status{};
     if (!writeAll(descriptor, bytes) || fsync(descriptor) != 0 || fstat(descriptor, &status) != 0) {
         return failure("cannot write", target);
     }
@@ -66,7 +66,7 @@ std::optional<QString> fillAndRename(int descriptor, const QByteArray& temporary
 }
 
 bool isAbandoned(int descriptor) {
-    struct stat status {};
+    struct stat status{};
     return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
            status.st_uid == geteuid() && flock(descriptor, LOCK_EX | LOCK_NB) == 0;
 }

@@ -24,7 +24,7 @@ constexpr std::chrono::milliseconds firstRetry = 1s;
 constexpr std::chrono::milliseconds lastRetry = 5min;
 
 bool isMarkedReadOnly(const QString& path) {
-    struct stat status {};
+    struct stat status{};
     return stat(QFile::encodeName(path).constData(), &status) == 0 && (status.st_mode & 0222) == 0;
 }
 

@@ -56,7 +56,7 @@ SettingsFile::Contents readFile(const QString& path, struct stat& status) {
 }  // namespace
 
 SettingsFile::Contents SettingsFile::read() {
-    struct stat status {};
+    struct stat status{};
     Contents contents = readFile(path, status);
     known.reset();
     if (contents.state == State::Read) {
@@ -80,7 +80,7 @@ void SettingsFile::remember(const struct stat& status, const QByteArray& bytes) 
 SettingsFile::Written SettingsFile::write(const QByteArray& bytes) {
     QDir().mkpath(QFileInfo(path).absolutePath());
     Written result;
-    struct stat mine {};
+    struct stat mine{};
     result.error = writeFileAtomically(path, bytes, 0600, [&](const struct stat& status) {
         mine = status;
         return objection(result.isForeign);
@@ -93,7 +93,7 @@ SettingsFile::Written SettingsFile::write(const QByteArray& bytes) {
 
 // Why the file that stands there now must stay.
 std::optional<QString> SettingsFile::objection(bool& isForeign) {
-    struct stat there {};
+    struct stat there{};
     if (stat(QFile::encodeName(path).constData(), &there) != 0) {
         return errno == ENOENT ? std::nullopt : std::optional(systemError(errno));
     }

@@ -47,7 +47,7 @@ unsigned creationMask() {
 // A link of one's own is followed. One that another user left in a shared folder leads to a file of
 // that user's choice.
 bool isForeignLink(const QString& path) {
-    struct stat found {};
+    struct stat found{};
     return lstat(QFile::encodeName(path).constData(), &found) == 0 && S_ISLNK(found.st_mode) &&
            found.st_uid != geteuid() && found.st_uid != 0;
 }
@@ -72,7 +72,7 @@ Loaded<QByteArray> readFile(const QString& path) {
     if (descriptor < 0) {
         return failed(QStringLiteral("%1: %2").arg(path, systemError(errno)));
     }
-    struct stat status {};
+    struct stat status{};
     Loaded<QByteArray> result;
     if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
         result =

@@ -153,8 +153,7 @@ void reveal(const QString& path) {
                              QDBusConnection::disconnectFromBus(name);
                          });
     };
-    inBackground(
-        qApp, [address = sessionBusAddress()] { return openBus(address); }, ask);
+    inBackground(qApp, [address = sessionBusAddress()] { return openBus(address); }, ask);
 }
 
 }  // namespace vostel::SystemApp

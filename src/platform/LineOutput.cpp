@@ -45,7 +45,7 @@ LineOutput writeToReader(int descriptor, const std::string& text) {
 LineOutput writeLine(int descriptor, std::string_view line) {
     std::string text(line.substr(0, PIPE_BUF - 1));
     text += '\n';
-    struct stat status {};
+    struct stat status{};
     if (fstat(descriptor, &status) != 0) {
         return LineOutput::Dropped;
     }

@@ -23,8 +23,7 @@ TrayHost probeTray(const TrayProbeOptions& options, std::chrono::milliseconds li
 
 void probeTray(const TrayProbeOptions& options, QObject* context,
                std::function<void(const TrayHost&)> answer) {
-    inBackground(
-        context, [options] { return askTray(options); }, std::move(answer));
+    inBackground(context, [options] { return askTray(options); }, std::move(answer));
 }
 
 }  // namespace vostel

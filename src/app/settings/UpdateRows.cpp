@@ -63,7 +63,7 @@ UpdateOfferRow::UpdateOfferRow(UpdateController& controller, QWidget* parent)
     auto* download = new TextButton(QStringLiteral("Open Download Page"));
     addControl(notes);
     addControl(download);
-    const auto opens = [this](TextButton* button, QUrl UpdateOffer::*address) {
+    const auto opens = [this](TextButton* button, QUrl UpdateOffer::* address) {
         connect(button, &QAbstractButton::clicked, this, [this, address] {
             if (const auto& offer = updates.offer()) {
                 SystemApp::openURL(((*offer).*address).toString(QUrl::FullyEncoded));

@@ -236,9 +236,7 @@ TEST_F(Desktop, EveryPopoverOpensAndClosesByClicks) {
     const std::function<void()> closings[] = {
         [] { click(lastItem); },
         [] { click(elsewhere); },
-        [] {
-            tool({QStringLiteral("key"), QStringLiteral("Escape")});
-        },
+        [] { tool({QStringLiteral("key"), QStringLiteral("Escape")}); },
     };
     for (const QString& id : moduleIds()) {
         home.seed({id});

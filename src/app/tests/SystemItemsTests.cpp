@@ -475,9 +475,8 @@ TEST_F(SystemItemsTest, MemoryFiguresAreTheSameEverywhere) {
 
 TEST_F(SystemItemsTest, MemoryHistoryIsTheUsedShareOfTheLastSixtyTicks) {
     start("memory");
-    expectHistory("Used memory, history", [this](bool full) {
-        machine.memory->held = {0, 0, full ? 16 * gibi : 0};
-    });
+    expectHistory("Used memory, history",
+                  [this](bool full) { machine.memory->held = {0, 0, full ? 16 * gibi : 0}; });
 }
 
 TEST_F(SystemItemsTest, MemoryProcessesAreReadOnlyForAnOpenPopover) {

@@ -47,7 +47,7 @@ class UpdateController {
     State state() const { return current; }
     const std::optional<UpdateOffer>& offer() const {
         return found;
-    }                                                 // known until a check ends it
+    }  // known until a check ends it
     const QString& error() const { return problem; }  // of State::Failed
     QDateTime lastCheck() const;  // that succeeded, also by an earlier run; invalid: never
 

@@ -261,7 +261,7 @@ TEST_F(Transfer, ExportReplacesAnOrdinaryFileOrNothing) {
     const mode_t mask = ::umask(027);
     EXPECT_EQ(SettingsTransfer::writeFile(path, "one"), std::nullopt);
     ::umask(mask);
-    struct stat status {};
+    struct stat status{};
     ASSERT_EQ(::stat(QFile::encodeName(path).constData(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0640u);
     const QString pipe = folder.filePath(QStringLiteral("pipe"));

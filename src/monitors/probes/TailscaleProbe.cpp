@@ -16,7 +16,7 @@ constexpr double timeLimit = 5.0;  // seconds
 constexpr std::size_t mostOutput = 8 << 20;
 
 bool isExecutableFile(const std::string& path) {
-    struct stat information {};
+    struct stat information{};
     return stat(path.c_str(), &information) == 0 && S_ISREG(information.st_mode) &&
            access(path.c_str(), X_OK) == 0;
 }

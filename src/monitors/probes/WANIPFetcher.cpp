@@ -50,8 +50,7 @@ void WANIPFetcher::fetch(int index, QObject* owner, Completion completion) {
     request->index = index;
     request->owner = owner;
     request->completion = std::move(completion);
-    QMetaObject::invokeMethod(
-        this, [this, request] { ask(request); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, [this, request] { ask(request); }, Qt::QueuedConnection);
 }
 
 void WANIPFetcher::ask(const std::shared_ptr<Request>& request) {

@@ -21,7 +21,7 @@ constexpr std::size_t mostBytes = 256 << 10;  // one desktop file with all its t
 constexpr int mostIcons = 256;
 
 std::int64_t changeTime(const std::string& path) {
-    struct stat status {};
+    struct stat status{};
     if (stat(path.c_str(), &status) != 0) {
         return -1;
     }
@@ -88,7 +88,7 @@ void AppIcons::readFolder(const std::string& folder, const std::string& prefix, 
     for (const std::string& name : names) {
         constexpr std::string_view extension = ".desktop";
         const std::string path = folder + "/" + name;
-        struct stat status {};
+        struct stat status{};
         if (stat(path.c_str(), &status) != 0) {
             continue;
         }

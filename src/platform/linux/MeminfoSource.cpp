@@ -12,7 +12,7 @@ constexpr std::uint64_t mostBytes = std::uint64_t(1) << 53;
 
 struct Field {
     std::string_view name;
-    std::uint64_t Meminfo::*member;
+    std::uint64_t Meminfo::* member;
 };
 
 constexpr Field fields[] = {

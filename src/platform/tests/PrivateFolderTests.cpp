@@ -14,7 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 
 mode_t modeOf(const std::string& path) {
-    struct stat found {};
+    struct stat found{};
     return lstat(path.c_str(), &found) == 0 ? found.st_mode & 07777 : 0;
 }
 

@@ -58,7 +58,8 @@ constexpr const char* twoBlocks =
 
 TEST_F(ProcessNetMonitorTest, DeliversNamedRatesOnTheOwnersThread) {
     ProcessNetMonitor::Parts parts;
-    parts.helper = script("echo \"$@\" > " + file("arguments") + "\n" + twoBlocks + "exec sleep 100\n");
+    parts.helper =
+        script("echo \"$@\" > " + file("arguments") + "\n" + twoBlocks + "exec sleep 100\n");
     const auto owner = std::this_thread::get_id();
     std::thread::id namer;
     std::thread::id painter;
