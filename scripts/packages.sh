@@ -13,7 +13,7 @@ case "${PACKAGE_MANAGER:-}" in
         PACKAGES_PACKAGE="dpkg-dev file"
         PACKAGES_TEST="libgtest-dev xvfb openbox xdotool x11-utils x11-xserver-utils dbus iproute2 procps \
             libglib2.0-bin openssl libcap2-bin clang-format-19 git"
-        PACKAGES_CI="clang-19 libclang-rt-19-dev clang-tidy-19 libbenchmark-dev"
+        PACKAGES_CI="clang-19 libclang-rt-19-dev llvm-19 clang-tidy-19 libbenchmark-dev"
         ;;
     dnf)  # untried: names as Fedora lists them
         PACKAGES_BUILD="gcc-c++ cmake ninja-build make pkgconf-pkg-config qt6-qtbase-devel qt6-qtsvg-devel \
