@@ -16,7 +16,7 @@ namespace {
 constexpr int watched[] = {SIGTERM, SIGINT, SIGHUP};
 
 constexpr int saveAfter = 400;  // ms after the signal, where the main thread has not ended
-constexpr int endAfter = 900;   // ms
+constexpr int endAfter = 800;   // ms; what the kernel needs to clear up comes on top
 constexpr unsigned watcherStack = 256 * 1024;
 constexpr char noMore = 0;  // in place of a signal's number
 
