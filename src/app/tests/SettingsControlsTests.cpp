@@ -187,6 +187,8 @@ class SettingsControlsTest : public testing::Test {
                     item->tick();
                 }
             }
+            // What is due by the moved clock must not be left for the middle of a step.
+            services.scheduler.fire();
         }
         delegate.showSettings();
         for (QWidget* widget : QApplication::topLevelWidgets()) {
