@@ -167,6 +167,7 @@ std::vector<int> ProcessTable::order(const Wanted& wanted, const Known& known) c
     }
     std::sort(ranked.begin(), ranked.end());
     std::vector<int> result;
+    result.reserve(ranked.size());
     for (const auto& [rank, pid] : ranked) {
         result.push_back(pid);
     }
